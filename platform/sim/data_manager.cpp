@@ -1,0 +1,217 @@
+// The simulated data manager: the store of the machine description's
+// "store" section, addressed by namespace path. A table is an array of row
+// objects; a row's variable "str/reading" is looked up as that key or as
+// the nested object path str -> reading.
+#include "orv3/data_manager.h"
+#include "platform.h"
+
+#include <cstring>
+#include <set>
+#include <string>
+
+using nlohmann::json;
+using orv3::sim::Platform;
+
+struct quel_dm_connection {
+    int unused;
+};
+
+struct quel_dm_binding {
+    std::string ns;
+    quel_dm_column_binding_t *columns;
+    std::shared_ptr<const orv3::sim::Machine> snapshot; // rows stay stable while a binding walks them
+    size_t nextRow;
+};
+
+namespace {
+
+quel_dm_connection theConnection;
+std::set<quel_dm_binding *> liveBindings;
+
+// Bound columns are read up to the end marker, and never past this many,
+// so that a binding table without one cannot run away.
+constexpr int kMaxColumns = 1024;
+
+int32_t fail(int32_t *status, int32_t result, int32_t word)
+{
+    if (status)
+        *status = word;
+    return result;
+}
+
+bool failedByFault(std::string_view call, std::string_view key, int32_t *status, int32_t &result)
+{
+    auto fault = Platform::instance().enter(call, key);
+    if (!fault)
+        return false;
+    result = fail(status, fault->result, fault->status);
+    return true;
+}
+
+const json *findTable(const orv3::sim::Machine &machine, const char *ns)
+{
+    auto found = machine.store.find(ns);
+    if (found == machine.store.end() || !found->is_array())
+        return nullptr;
+    return &*found;
+}
+
+const json *findVariable(const json &row, const std::string &name)
+{
+    if (auto direct = row.find(name); direct != row.end())
+        return &*direct;
+    const json *at = &row;
+    size_t start = 0;
+    while (start <= name.size()) {
+        size_t slash = name.find('/', start);
+        std::string part = name.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        if (!at->is_object())
+            return nullptr;
+        auto next = at->find(part);
+        if (next == at->end())
+            return nullptr;
+        at = &*next;
+        if (slash == std::string::npos)
+            return at;
+        start = slash + 1;
+    }
+    return nullptr;
+}
+
+// Fills the holders of one row. A variable the row lacks reads 0 or "".
+int32_t fillHolders(const json &row, quel_dm_column_binding_t *columns)
+{
+    for (int i = 0; i < kMaxColumns && columns[i].type != QUEL_DM_TYPE_END; ++i) {
+        const quel_dm_column_binding_t &column = columns[i];
+        if (!column.holder || !column.var_name)
+            return orv3::sim::kBadArgument;
+        const json *value = findVariable(row, column.var_name);
+        if (column.type == QUEL_DM_TYPE_INT) {
+            int32_t number = 0;
+            if (value && value->is_number())
+                number = static_cast<int32_t>(value->get<int64_t>());
+            else if (value && value->is_boolean())
+                number = value->get<bool>() ? 1 : 0;
+            else if (value && !value->is_null())
+                return orv3::sim::kTypeMismatch;
+            memcpy(column.holder, &number, sizeof number);
+        } else if (column.type == QUEL_DM_TYPE_STRING) {
+            auto *holder = static_cast<quel_dm_string_holder_t *>(column.holder);
+            if (!holder->buffer || holder->capacity <= 0)
+                return orv3::sim::kBadArgument;
+            std::string text;
+            if (value && value->is_string())
+                text = value->get<std::string>();
+            else if (value && value->is_number())
+                text = value->dump();
+            else if (value && !value->is_null())
+                return orv3::sim::kTypeMismatch;
+            // Filled up to the capacity, terminator included.
+            size_t length = std::min(text.size(), static_cast<size_t>(holder->capacity) - 1);
+            memcpy(holder->buffer, text.data(), length);
+            holder->buffer[length] = '\0';
+        } else {
+            return orv3::sim::kBadArgument;
+        }
+    }
+    return orv3::sim::kOk;
+}
+
+int32_t readRow(quel_dm_binding *binding, int32_t *status)
+{
+    const json *rows = findTable(*binding->snapshot, binding->ns.c_str());
+    if (!rows || binding->nextRow >= rows->size())
+        return fail(status, 1, orv3::sim::kNoMoreRows);
+    int32_t word = fillHolders((*rows)[binding->nextRow], binding->columns);
+    ++binding->nextRow;
+    return word == orv3::sim::kOk ? fail(status, 0, word) : fail(status, 1, word);
+}
+
+quel_dm_binding *liveBinding(quel_dm_binding_t handle)
+{
+    return liveBindings.count(handle) ? handle : nullptr;
+}
+
+} // namespace
+
+extern "C" {
+
+quel_dm_co_t g_coHandle = &theConnection;
+
+int32_t quel_dm_BindRow(int32_t, const char *ns, quel_dm_co_t, int32_t, int32_t, quel_dm_column_binding_t *columns,
+                        quel_dm_binding_t *handle, int32_t *status)
+{
+    int32_t result;
+    if (failedByFault(__func__, ns ? ns : "", status, result))
+        return result;
+    if (!ns || !columns || !handle)
+        return fail(status, 1, orv3::sim::kBadArgument);
+    auto machine = Platform::instance().machine();
+    if (!findTable(*machine, ns))
+        return fail(status, 1, orv3::sim::kNoSuchNamespace);
+    auto *binding = new quel_dm_binding{ns, columns, machine, 0};
+    liveBindings.insert(binding);
+    *handle = binding;
+    return fail(status, 0, orv3::sim::kOk);
+}
+
+int32_t quel_dm_GetFirstRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
+{
+    quel_dm_binding *binding = liveBinding(handle);
+    int32_t result;
+    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
+        return result;
+    if (!binding)
+        return fail(status, 1, orv3::sim::kBadHandle);
+    // Each walk of a binding sees the description as it is now.
+    binding->snapshot = Platform::instance().machine();
+    binding->nextRow = 0;
+    return readRow(binding, status);
+}
+
+int32_t quel_dm_GetNextRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
+{
+    quel_dm_binding *binding = liveBinding(handle);
+    int32_t result;
+    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
+        return result;
+    if (!binding)
+        return fail(status, 1, orv3::sim::kBadHandle);
+    return readRow(binding, status);
+}
+
+int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status)
+{
+    quel_dm_binding *binding = liveBinding(handle);
+    int32_t result;
+    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
+        return result;
+    if (!binding)
+        return fail(status, 1, orv3::sim::kBadHandle);
+    liveBindings.erase(binding);
+    delete binding;
+    return fail(status, 0, orv3::sim::kOk);
+}
+
+int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t, int32_t, int32_t, int32_t *count, int32_t *status)
+{
+    int32_t result;
+    if (failedByFault(__func__, ns ? ns : "", status, result))
+        return result;
+    if (!ns || !count)
+        return fail(status, 1, orv3::sim::kBadArgument);
+    auto machine = Platform::instance().machine();
+    const json *rows = findTable(*machine, ns);
+    if (!rows)
+        return fail(status, 1, orv3::sim::kNoSuchNamespace);
+    *count = static_cast<int32_t>(rows->size());
+    return fail(status, 0, orv3::sim::kOk);
+}
+
+const char *quel_dm_GetVarListErrorStr(int32_t status)
+{
+    Platform::instance().enter(__func__, std::to_string(status));
+    return orv3::sim::statusWordText(status);
+}
+
+} // extern "C"

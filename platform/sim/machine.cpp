@@ -1,0 +1,287 @@
+#include "machine.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace orv3::sim {
+
+using nlohmann::json;
+
+MachineFileError::MachineFileError(const std::string &file, int line, const std::string &reason)
+    : std::runtime_error(line > 0 ? file + ":" + std::to_string(line) + ": " + reason : file + ": " + reason),
+      line_(line)
+{
+}
+
+namespace {
+
+// Where each value of a description starts, by JSON pointer, so that a
+// value of the wrong kind can be reported with its line.
+class LineMap {
+public:
+    void record(const std::string &pointer, int line) { lines_.emplace(pointer, line); }
+    int lineOf(std::string pointer) const
+    {
+        for (;;) {
+            auto found = lines_.find(pointer);
+            if (found != lines_.end())
+                return found->second;
+            auto slash = pointer.rfind('/');
+            if (slash == std::string::npos)
+                return 0;
+            pointer.resize(slash);
+        }
+    }
+
+private:
+    std::map<std::string, int> lines_;
+};
+
+std::string escapeToken(const std::string &token)
+{
+    std::string escaped;
+    for (char c : token) {
+        if (c == '~')
+            escaped += "~0";
+        else if (c == '/')
+            escaped += "~1";
+        else
+            escaped += c;
+    }
+    return escaped;
+}
+
+// Reads characters for the parser and counts the lines it has passed.
+class LineCountingIterator {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char *;
+    using reference = const char &;
+
+    LineCountingIterator(const char *at, int *line) : at_(at), line_(line) {}
+    reference operator*() const { return *at_; }
+    LineCountingIterator &operator++()
+    {
+        if (*at_ == '\n')
+            ++*line_;
+        ++at_;
+        return *this;
+    }
+    bool operator==(const LineCountingIterator &other) const { return at_ == other.at_; }
+
+private:
+    const char *at_;
+    int *line_;
+};
+
+json parseWithLines(const std::string &text, const std::string &file, LineMap &lines)
+{
+    struct Frame {
+        bool isArray;
+        size_t index;
+        std::string key;
+        std::string pointer;
+    };
+    std::vector<Frame> frames;
+    int line = 1;
+    auto childPointer = [&frames]() -> std::string {
+        if (frames.empty())
+            return "";
+        const Frame &top = frames.back();
+        return top.pointer + "/" + (top.isArray ? std::to_string(top.index) : escapeToken(top.key));
+    };
+    auto finishChild = [&frames]() {
+        if (!frames.empty() && frames.back().isArray)
+            ++frames.back().index;
+    };
+    auto callback = [&](int, json::parse_event_t event, json &parsed) {
+        switch (event) {
+        case json::parse_event_t::key:
+            frames.back().key = parsed.get<std::string>();
+            break;
+        case json::parse_event_t::value:
+            lines.record(childPointer(), line);
+            finishChild();
+            break;
+        case json::parse_event_t::object_start:
+        case json::parse_event_t::array_start: {
+            std::string pointer = childPointer();
+            lines.record(pointer, line);
+            frames.push_back({event == json::parse_event_t::array_start, 0, "", pointer});
+            break;
+        }
+        case json::parse_event_t::object_end:
+        case json::parse_event_t::array_end:
+            frames.pop_back();
+            finishChild();
+            break;
+        }
+        return true;
+    };
+    try {
+        return json::parse(LineCountingIterator(text.data(), &line),
+                           LineCountingIterator(text.data() + text.size(), &line), callback);
+    } catch (const json::parse_error &error) {
+        // Count the lines up to the byte the parser stopped at.
+        size_t upTo = std::min<size_t>(error.byte, text.size());
+        int errorLine = 1;
+        for (size_t i = 0; i + 1 < upTo; ++i)
+            if (text[i] == '\n')
+                ++errorLine;
+        std::string reason = error.what();
+        auto colon = reason.find("syntax error");
+        throw MachineFileError(file, errorLine, colon != std::string::npos ? reason.substr(colon) : reason);
+    }
+}
+
+class Checker {
+public:
+    Checker(const std::string &file, const LineMap &lines) : file_(file), lines_(lines) {}
+
+    [[noreturn]] void fail(const std::string &pointer, const std::string &reason) const
+    {
+        throw MachineFileError(file_, lines_.lineOf(pointer), (pointer.empty() ? "" : pointer + ": ") + reason);
+    }
+    void expect(bool ok, const std::string &pointer, const std::string &reason) const
+    {
+        if (!ok)
+            fail(pointer, reason);
+    }
+    int32_t int32(const json &value, const std::string &pointer) const
+    {
+        expect(value.is_number_integer(), pointer, "must be an integer");
+        auto wide = value.get<int64_t>();
+        expect(wide >= INT32_MIN && wide <= INT32_MAX, pointer, "does not fit in 32 bits");
+        return static_cast<int32_t>(wide);
+    }
+
+private:
+    const std::string &file_;
+    const LineMap &lines_;
+};
+
+void checkStore(const json &store, const Checker &check)
+{
+    check.expect(store.is_object(), "/store", "must be an object of namespace paths");
+    for (const auto &[path, entry] : store.items()) {
+        std::string pointer = "/store/" + escapeToken(path);
+        check.expect(!path.empty(), pointer, "a namespace path cannot be empty");
+        if (entry.is_array()) {
+            size_t i = 0;
+            for (const json &row : entry) {
+                std::string rowPointer = pointer + "/" + std::to_string(i++);
+                check.expect(row.is_object(), rowPointer, "a table row must be an object of variables");
+                if (row.contains("index"))
+                    check.int32(row["index"], rowPointer + "/index");
+            }
+        } else {
+            check.expect(entry.is_number_integer() || entry.is_string() || entry.is_object(), pointer,
+                         "must be a table (array of rows), an integer, a text or an object");
+        }
+    }
+}
+
+Fault readFault(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "a fault must be an object");
+    Fault fault;
+    check.expect(entry.contains("call") && entry["call"].is_string(), pointer, "a fault needs \"call\" (text)");
+    fault.call = entry["call"].get<std::string>();
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "call")
+            continue;
+        if (name == "key") {
+            check.expect(value.is_string(), field, "must be a text");
+            fault.key = value.get<std::string>();
+        } else if (name == "result") {
+            fault.result = check.int32(value, field);
+        } else if (name == "status") {
+            fault.status = check.int32(value, field);
+        } else if (name == "times") {
+            fault.times = check.int32(value, field);
+            check.expect(fault.times >= 0, field, "must not be negative");
+        } else {
+            check.fail(field, "unknown fault field (known: call, key, result, status, times)");
+        }
+    }
+    return fault;
+}
+
+} // namespace
+
+std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file)
+{
+    LineMap lines;
+    json document = parseWithLines(text, file, lines);
+    Checker check(file, lines);
+    check.expect(document.is_object(), "", "the description must be a JSON object");
+
+    auto machine = std::make_shared<Machine>();
+    for (const auto &[name, value] : document.items()) {
+        std::string pointer = "/" + escapeToken(name);
+        if (name == "description") {
+            check.expect(value.is_string(), pointer, "must be a text");
+            machine->description = value.get<std::string>();
+        } else if (name == "store") {
+            checkStore(value, check);
+            machine->store = value;
+        } else if (name == "faults") {
+            check.expect(value.is_array(), pointer, "must be an array of faults");
+            size_t i = 0;
+            for (const json &entry : value)
+                machine->faults.push_back(readFault(entry, pointer + "/" + std::to_string(i++), check));
+        } else if (name.rfind("_", 0) != 0) {
+            // Names starting with "_" are free for comments.
+            check.fail(pointer, "unknown section (known: description, store, faults)");
+        }
+    }
+    return machine;
+}
+
+MachineSource::FileStamp MachineSource::stampNow() const
+{
+    struct stat info {};
+    if (stat(path_.c_str(), &info) != 0)
+        return {};
+    return {static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
+            static_cast<int64_t>(info.st_size), static_cast<uint64_t>(info.st_ino)};
+}
+
+void MachineSource::loadOrThrow()
+{
+    // Remember the file as seen first, so that a broken edit is reported once.
+    seen_ = stampNow();
+    std::ifstream in(path_, std::ios::binary);
+    if (!in)
+        throw MachineFileError(path_, 0, std::string("cannot read the machine description: ") + strerror(errno));
+    std::stringstream text;
+    text << in.rdbuf();
+    machine_ = parseMachine(text.str(), path_);
+    ++generation_;
+}
+
+std::shared_ptr<const Machine> MachineSource::current()
+{
+    if (!(stampNow() == seen_)) {
+        try {
+            loadOrThrow();
+            fprintf(stderr, "orv3-sim: %s: reloaded\n", path_.c_str());
+        } catch (const MachineFileError &error) {
+            fprintf(stderr, "orv3-sim: %s; still serving the last good description\n", error.what());
+        }
+    }
+    if (!machine_)
+        machine_ = std::make_shared<Machine>();
+    return machine_;
+}
+
+} // namespace orv3::sim

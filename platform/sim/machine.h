@@ -1,0 +1,78 @@
+// The machine description: what the simulated controller serves.
+//
+// A description is a JSON file (see docs/machine-description.md). It is read
+// at start and again whenever the file changes; a broken edit is reported
+// with its line and the last good description keeps being served.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orv3::sim {
+
+// Makes a platform call fail: every call of `call` whose key (namespace
+// path, or the service's own key) equals `key`, or every call when `key` is
+// empty, returns `result` and writes `status` as its status word. With
+// `times` >= 0 only that many matching calls fail.
+struct Fault {
+    std::string call;
+    std::string key;
+    int32_t result = 1;
+    int32_t status = 9;
+    int64_t times = -1;
+};
+
+struct Machine {
+    std::string description;
+    nlohmann::json store = nlohmann::json::object(); // data manager: path -> table rows or value
+    std::vector<Fault> faults;
+};
+
+// A description that cannot be used, with where the problem is.
+class MachineFileError : public std::runtime_error {
+public:
+    MachineFileError(const std::string &file, int line, const std::string &reason);
+    int line() const { return line_; }
+
+private:
+    int line_;
+};
+
+// Parses and checks a description; `file` names it in errors.
+std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file);
+
+// The description file, re-read when it changes.
+class MachineSource {
+public:
+    explicit MachineSource(std::string path) : path_(std::move(path)) {}
+
+    const std::string &path() const { return path_; }
+    // Reads the file now; throws MachineFileError when it cannot be used.
+    void loadOrThrow();
+    // The description to serve: re-read first if the file changed. A broken
+    // change is reported on standard error once and the last good one stays.
+    std::shared_ptr<const Machine> current();
+    // Increases on every successful (re)load.
+    uint64_t generation() const { return generation_; }
+
+private:
+    struct FileStamp {
+        int64_t mtimeNs = -1;
+        int64_t size = -1;
+        uint64_t inode = 0;
+        bool operator==(const FileStamp &) const = default;
+    };
+    FileStamp stampNow() const;
+
+    std::string path_;
+    FileStamp seen_;
+    std::shared_ptr<const Machine> machine_;
+    uint64_t generation_ = 0;
+};
+
+} // namespace orv3::sim

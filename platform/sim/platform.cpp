@@ -1,0 +1,109 @@
+#include "platform.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#ifndef ORV3_SIM_DEFAULT_MACHINE
+#define ORV3_SIM_DEFAULT_MACHINE "machines/sample.json"
+#endif
+
+namespace orv3::sim {
+
+const char *statusWordText(int32_t status)
+{
+    switch (status) {
+    case kOk: return "success";
+    case kNoSuchNamespace: return "namespace not found";
+    case kNoSuchVariable: return "variable not found";
+    case kNoMoreRows: return "no more rows";
+    case kBadHandle: return "invalid handle";
+    case kTypeMismatch: return "type mismatch";
+    case kValueRejected: return "value rejected by validation";
+    case kNamespaceLocked: return "namespace locked";
+    case kBadArgument: return "bad argument";
+    case kFailed: return "operation failed";
+    default: return "unknown status";
+    }
+}
+
+static std::string machinePathFromEnvironment()
+{
+    const char *path = getenv("ORV3_SIM_MACHINE");
+    return path && *path ? path : ORV3_SIM_DEFAULT_MACHINE;
+}
+
+Platform::Platform() : source_(machinePathFromEnvironment())
+{
+    if (const char *log = getenv("ORV3_SIM_CALL_LOG"); log && *log) {
+        callLog_ = open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        if (callLog_ < 0)
+            fprintf(stderr, "orv3-sim: cannot open the call log %s\n", log);
+    }
+    try {
+        source_.loadOrThrow();
+    } catch (const MachineFileError &error) {
+        // Without a description there is no controller to simulate.
+        fprintf(stderr, "orv3-sim: %s\n", error.what());
+        _exit(78);
+    }
+}
+
+Platform &Platform::instance()
+{
+    static Platform platform;
+    return platform;
+}
+
+void Platform::logCall(std::string_view call, std::string_view key)
+{
+    if (callLog_ < 0)
+        return;
+    std::string line;
+    line.reserve(call.size() + key.size() + 2);
+    line.append(call).append(" ").append(key).append("\n");
+    // One write per line keeps lines whole when a test reads the log.
+    ssize_t written = write(callLog_, line.data(), line.size());
+    (void)written;
+}
+
+std::shared_ptr<const Machine> Platform::machine()
+{
+    std::lock_guard lock(mutex_);
+    return source_.current();
+}
+
+std::optional<Fault> Platform::enter(std::string_view call, std::string_view key)
+{
+    std::lock_guard lock(mutex_);
+    logCall(call, key);
+    std::shared_ptr<const Machine> machine = source_.current();
+    if (faultGeneration_ != source_.generation()) {
+        // A reloaded description starts its faults' counts afresh.
+        faultGeneration_ = source_.generation();
+        faultUses_.assign(machine->faults.size(), 0);
+    }
+    for (size_t i = 0; i < machine->faults.size(); ++i) {
+        const Fault &fault = machine->faults[i];
+        if (fault.call != call || (!fault.key.empty() && fault.key != key))
+            continue;
+        if (fault.times >= 0 && faultUses_[i] >= fault.times)
+            continue;
+        ++faultUses_[i];
+        return fault;
+    }
+    return std::nullopt;
+}
+
+// Load the description as the agent starts, so that a missing or broken
+// file is reported at once, and let the module's lines reach a log file
+// as they are written.
+__attribute__((constructor)) static void startPlatform()
+{
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+    Platform::instance();
+}
+
+} // namespace orv3::sim

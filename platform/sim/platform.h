@@ -1,0 +1,55 @@
+// The simulated controller: one machine description, the faults it asks
+// for, and the log of every platform call. Every service entry point starts
+// with enter(), so faults and the call log work the same for all of them.
+#pragma once
+
+#include "machine.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orv3::sim {
+
+// Status words of the simulated data manager (see quel_dm_GetVarListErrorStr).
+enum StatusWord : int32_t {
+    kOk = 0,
+    kNoSuchNamespace = 1,
+    kNoSuchVariable = 2,
+    kNoMoreRows = 3,
+    kBadHandle = 4,
+    kTypeMismatch = 5,
+    kValueRejected = 6,
+    kNamespaceLocked = 7,
+    kBadArgument = 8,
+    kFailed = 9,
+};
+const char *statusWordText(int32_t status);
+
+class Platform {
+public:
+    static Platform &instance();
+
+    // Logs the call and returns the fault that makes it fail, if any.
+    std::optional<Fault> enter(std::string_view call, std::string_view key);
+    std::shared_ptr<const Machine> machine();
+    const std::string &machinePath() const { return source_.path(); }
+
+    Platform(const Platform &) = delete;
+    Platform &operator=(const Platform &) = delete;
+
+private:
+    Platform();
+    void logCall(std::string_view call, std::string_view key);
+
+    std::mutex mutex_;
+    MachineSource source_;
+    int callLog_ = -1;
+    uint64_t faultGeneration_ = 0;
+    std::vector<int64_t> faultUses_;
+};
+
+} // namespace orv3::sim

@@ -1,0 +1,74 @@
+// fanTable, 1.3.6.1.4.1.53917.11.1.1.3.2: one row per fan, indexed by fanIndex.
+// Rows come from the store table "s/fans/status/fantbl" (fanTable_local.cpp)
+// and are reloaded once two whole seconds have passed since the last load.
+#include "fanTable.h"
+
+#include <cstdio>
+
+static const oid fanTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 3, 2};
+
+extern "C" {
+orv3_row_head_t *fanTable_head = nullptr;
+size_t fanTable_oid_len = OID_LENGTH(fanTable_oid);
+}
+
+namespace {
+
+using Row = fanTable_entry_t;
+
+constexpr orv3::Column fanTable_columns[] = {
+    ORV3_INTEGER_COLUMN(1, Row, head.index),
+    ORV3_TEXT_COLUMN(2, Row, descr, descr_len),
+    ORV3_TEXT_COLUMN(3, Row, speed_text, speed_text_len),
+    ORV3_GAUGE_COLUMN(4, Row, nonRecovLimitHigh),
+    ORV3_GAUGE_COLUMN(5, Row, critLimitHigh),
+    ORV3_GAUGE_COLUMN(6, Row, nonCritLimitHigh),
+    ORV3_GAUGE_COLUMN(7, Row, nonRecovLimitLow),
+    ORV3_GAUGE_COLUMN(8, Row, critLimitLow),
+    ORV3_GAUGE_COLUMN(9, Row, nonCritLimitLow),
+    ORV3_TEXT_COLUMN(10, Row, health_status, health_status_len),
+};
+
+const orv3::TableInfo fanTable_info = {
+    "fanTable", fanTable_oid, OID_LENGTH(fanTable_oid), 10, fanTable_columns,
+    {true, "fanTable_handler: reqinfo->mode = %d\n"},
+};
+const orv3::RefreshRule fanTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
+int32_t fanTable_stamp = 0;
+orv3::RowList fanTable_rows(fanTable_head);
+
+} // namespace
+
+ORV3_ROW_TABLE_ROUTINES(fanTable, fanTable_entry_t)
+
+extern "C" {
+
+int fanTable_update_row(int, fanTable_entry_t *)
+{
+    return 0;
+}
+
+int fanTable_commit_row(int request_id, fanTable_entry_t *row)
+{
+    if (row->head.last_request_id == request_id)
+        return 0;
+    printf("%s row=%ld\n", __func__, static_cast<long>(row->head.index));
+    row->head.last_request_id = request_id;
+    return 0;
+}
+
+// Checks for a writable variant of the table; they accept every value.
+#define FAN_LIMIT_VALIDATOR(column)                                                                                    \
+    int fanTable_validate_##column(fanTable_entry_t *row)                                                              \
+    {                                                                                                                  \
+        printf("%s row=%ld\n", __func__, static_cast<long>(row->head.index));                                        \
+        return 0;                                                                                                      \
+    }
+FAN_LIMIT_VALIDATOR(fanNonRecovLimitHigh)
+FAN_LIMIT_VALIDATOR(fanCritLimitHigh)
+FAN_LIMIT_VALIDATOR(fanNonCritLimitHigh)
+FAN_LIMIT_VALIDATOR(fanNonRecovLimitLow)
+FAN_LIMIT_VALIDATOR(fanCritLimitLow)
+FAN_LIMIT_VALIDATOR(fanNonCritLimitLow)
+
+} // extern "C"

@@ -1,0 +1,10 @@
+// The module's entry: the agent calls init_snmp_module_monitors once, after
+// loading the library, and every MIB group registers itself in a fixed order.
+// A group that fails to register is only traced and stays absent.
+#include "monitors.h"
+
+extern "C" void init_snmp_module_monitors(void)
+{
+    init_fans_scalars();
+    init_fanTable();
+}

@@ -1,0 +1,229 @@
+#include "row_table.h"
+
+#include "trace.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+namespace orv3 {
+
+bool refreshDue(const RefreshRule &rule, int32_t &stamp, int32_t now)
+{
+    // The controller keeps these times in signed 32-bit words; the sums wrap
+    // as they do there instead of overflowing.
+    auto plus = [](int32_t a, int32_t b) { return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b)); };
+    bool due = false;
+    switch (rule.kind) {
+    case RefreshRule::FixedPeriod:
+        due = plus(stamp, rule.seconds) < now;
+        if (due)
+            stamp = now;
+        break;
+    case RefreshRule::SlidingPeriod:
+        due = plus(stamp, rule.seconds) < now;
+        stamp = now;
+        break;
+    case RefreshRule::NewSecond:
+        due = stamp < now;
+        if (due)
+            stamp = now;
+        break;
+    case RefreshRule::EveryWalk:
+        due = true;
+        stamp = now;
+        break;
+    }
+    return due;
+}
+
+int32_t nowSeconds()
+{
+    return static_cast<int32_t>(time(nullptr));
+}
+
+// ---- row lifetime --------------------------------------------------------
+
+namespace {
+
+orv3_row_head_t *retiredRows = nullptr;
+bool reclaimScheduled = false;
+
+void reclaimAlarm(unsigned int, void *)
+{
+    reclaimScheduled = false;
+    reclaimRetiredRows();
+}
+
+void retire(orv3_row_head_t *first, orv3_row_head_t *last)
+{
+    last->next = retiredRows;
+    retiredRows = first;
+    if (!reclaimScheduled) {
+        // The agent runs alarms from its main loop, after the request that
+        // retired these rows has been answered.
+        struct timeval soon = {0, 1};
+        reclaimScheduled = snmp_alarm_register_hr(soon, 0, reclaimAlarm, nullptr) != 0;
+    }
+}
+
+} // namespace
+
+void reclaimRetiredRows()
+{
+    while (retiredRows) {
+        orv3_row_head_t *next = retiredRows->next;
+        free(retiredRows);
+        retiredRows = next;
+    }
+}
+
+size_t retiredRowCount()
+{
+    size_t count = 0;
+    for (const orv3_row_head_t *row = retiredRows; row; row = row->next)
+        ++count;
+    return count;
+}
+
+orv3_row_head_t *allocateRow(const void *hint, size_t size)
+{
+    if (!hint)
+        return nullptr;
+    return static_cast<orv3_row_head_t *>(calloc(1, size));
+}
+
+void RowList::pushFront(orv3_row_head_t *row)
+{
+    row->next = head_;
+    head_ = row;
+}
+
+void RowList::remove(orv3_row_head_t *row)
+{
+    if (!row || !head_)
+        return;
+    for (orv3_row_head_t **link = &head_; *link; link = &(*link)->next) {
+        if (*link == row) {
+            *link = row->next;
+            retire(row, row);
+            return;
+        }
+    }
+}
+
+void RowList::clear()
+{
+    if (!head_)
+        return;
+    orv3_row_head_t *last = head_;
+    while (last->next)
+        last = last->next;
+    orv3_row_head_t *first = head_;
+    head_ = nullptr;
+    retire(first, last);
+}
+
+size_t RowList::size() const
+{
+    size_t count = 0;
+    for (const orv3_row_head_t *row = head_; row; row = row->next)
+        ++count;
+    return count;
+}
+
+// ---- serving ---------------------------------------------------------------
+
+void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request)
+{
+    const char *base = reinterpret_cast<const char *>(row);
+    if (column.asnType == ASN_OCTET_STR) {
+        uint32_t length;
+        memcpy(&length, base + column.lengthOffset, sizeof length);
+        // A text may fill its buffer without a terminator; never serve past it.
+        if (length > column.capacity)
+            length = static_cast<uint32_t>(column.capacity);
+        snmp_set_var_typed_value(request->requestvb, ASN_OCTET_STR, base + column.offset, length);
+        return;
+    }
+    int32_t value;
+    memcpy(&value, base + column.offset, sizeof value);
+    // Gauge32 columns carry the same 32 bits as the signed store value.
+    long wire = column.asnType == ASN_INTEGER ? static_cast<long>(value) : static_cast<long>(static_cast<uint32_t>(value));
+    snmp_set_var_typed_integer(request->requestvb, column.asnType, wire);
+}
+
+int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
+                  Netsnmp_Next_Data_Point *next)
+{
+    netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
+        table.name, handler, const_cast<oid *>(table.rootOid), table.rootOidLength, HANDLER_CAN_RONLY);
+    if (!registration)
+        return MIB_REGISTRATION_FAILED;
+    auto *tableInfo = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
+    auto *iteratorInfo = SNMP_MALLOC_TYPEDEF(netsnmp_iterator_info);
+    if (!tableInfo || !iteratorInfo)
+        return MIB_REGISTRATION_FAILED;
+    netsnmp_table_helper_add_indexes(tableInfo, ASN_INTEGER, 0);
+    tableInfo->min_column = 1;
+    tableInfo->max_column = table.maxColumn;
+    iteratorInfo->get_first_data_point = first;
+    iteratorInfo->get_next_data_point = next;
+    iteratorInfo->table_reginfo = tableInfo;
+    return netsnmp_register_table_iterator(registration, iteratorInfo);
+}
+
+netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, netsnmp_variable_list *index)
+{
+    auto *row = static_cast<orv3_row_head_t *>(*loopContext);
+    if (!row)
+        return nullptr;
+    snmp_set_var_typed_integer(index, ASN_INTEGER, row->index);
+    *dataContext = row;
+    *loopContext = row->next;
+    return index;
+}
+
+static const Column *findColumn(const TableInfo &table, unsigned number)
+{
+    for (const Column &column : table.columns)
+        if (column.number == number)
+            return &column;
+    return nullptr;
+}
+
+int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
+                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests)
+{
+    ORV3_TRACE_AS(handlerName, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
+
+    if (reqinfo->mode >= MODE_SET_RESERVE1 && reqinfo->mode <= MODE_SET_UNDO) {
+        netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
+        return 0;
+    }
+    if (reqinfo->mode != MODE_GET || !requests)
+        return 0;
+
+    int requestId = reqinfo->asp && reqinfo->asp->pdu ? reqinfo->asp->pdu->reqid : 0;
+    for (netsnmp_request_info *request = requests; request; request = request->next) {
+        auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
+        if (!row) {
+            // Requests answered earlier in this pass are overwritten too.
+            if (table.handlerStyle.missingRowMarksAll)
+                netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
+            else
+                netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
+            return 0;
+        }
+        netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
+        updateRow(requestId, row);
+        const Column *column = info ? findColumn(table, info->colnum) : nullptr;
+        if (column)
+            answerColumn(*column, row, request);
+        else
+            netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
+    }
+    return 0;
+}
+
+} // namespace orv3

@@ -1,0 +1,191 @@
+// Cached row tables: one engine for every MIB table of the module.
+//
+// A table is a singly linked list of heap rows, rebuilt wholesale by its
+// loader when its refresh rule says so, walked by net-snmp's table iterator
+// through a get-first/get-next pair, and answered column by column from the
+// row the iterator found. A table's own file gives only what is its own: the
+// row record, the columns, the loader and the rule (see fanTable.cpp).
+//
+// How the iterator calls us, and why rows are retired instead of freed:
+// for one request the iterator may call get_first_data_point several times
+// (a GETNEXT that runs off the end of a column wraps to the next column in a
+// new pass), and each pass may reload the table. The iterator keeps the row
+// pointers it found in earlier passes and hands them to the table handler
+// only after the last pass. Rows replaced by a reload are therefore moved to
+// a retired list and freed once the request is over, from a zero-delay
+// agent alarm that runs when the agent is back in its main loop.
+#pragma once
+
+#include "netsnmp.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+extern "C" {
+
+// Common head of every row record.
+typedef struct orv3_row_head {
+    int32_t reserved;           // always 0
+    int32_t last_request_id;    // request that last committed the row
+    struct orv3_row_head *next; // next row, null at the end
+    int32_t index;              // the row's single INTEGER index
+} orv3_row_head_t;
+
+} // extern "C"
+
+namespace orv3 {
+
+// When a table reloads. Times are whole seconds compared as signed 32-bit
+// numbers, wrapping as they do on the controller.
+struct RefreshRule {
+    enum Kind {
+        FixedPeriod,   // load when stamp + seconds < now; stamp set on a load
+        SlidingPeriod, // load when stamp + seconds < now; stamp set on every check
+        NewSecond,     // load when stamp < now; stamp set on a load
+        EveryWalk,     // load on every check
+    } kind;
+    int32_t seconds;
+};
+
+// Decides whether a load is due at `now` and moves the stamp as the rule says.
+bool refreshDue(const RefreshRule &rule, int32_t &stamp, int32_t now);
+
+// The current time in whole seconds, as the module sees it.
+int32_t nowSeconds();
+
+// One served column: where its value lives in the row record and how it
+// goes on the wire.
+struct Column {
+    unsigned number;
+    u_char asnType;  // ASN_INTEGER, ASN_GAUGE or ASN_OCTET_STR
+    size_t offset;   // of the int32 value or of the text buffer
+    size_t capacity; // text buffer size (text columns)
+    size_t lengthOffset;
+};
+
+#define ORV3_INTEGER_COLUMN(n, Row, field) ::orv3::Column{n, ASN_INTEGER, offsetof(Row, field), 0, 0}
+#define ORV3_GAUGE_COLUMN(n, Row, field) ::orv3::Column{n, ASN_GAUGE, offsetof(Row, field), 0, 0}
+#define ORV3_TEXT_COLUMN(n, Row, field, lengthField)                                                                   \
+    ::orv3::Column{n, ASN_OCTET_STR, offsetof(Row, field), sizeof(Row::field), offsetof(Row, lengthField)}
+
+// Answers `column` of `row` into the request's varbind.
+void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request);
+
+// The row list of one table, headed by the table's exported head pointer.
+class RowList {
+public:
+    explicit RowList(orv3_row_head_t *&head) : head_(head) {}
+
+    orv3_row_head_t *head() const { return head_; }
+    void pushFront(orv3_row_head_t *row);
+    // Unlinks a listed row and retires it; a row not in the list is left alone.
+    void remove(orv3_row_head_t *row);
+    // Retires every row; the list becomes empty.
+    void clear();
+    size_t size() const;
+
+private:
+    orv3_row_head_t *&head_;
+};
+
+// Frees every retired row of every table now. The agent does this itself
+// once the request that retired them is over.
+void reclaimRetiredRows();
+size_t retiredRowCount();
+
+// A zero-filled row record, or null for a null hint (the loaders always
+// pass one).
+orv3_row_head_t *allocateRow(const void *hint, size_t size);
+
+// What a table handler does besides answering columns.
+struct TableHandlerStyle {
+    // A request without a row marks every request of the list (true) or
+    // only the first one (false) noSuchInstance.
+    bool missingRowMarksAll;
+    // printf format of the entry trace, given the request mode.
+    const char *entryTrace;
+};
+
+// Everything the engine needs to know of one table.
+struct TableInfo {
+    const char *name; // registration name and debug token, e.g. "fanTable"
+    const oid *rootOid;
+    size_t rootOidLength;
+    unsigned maxColumn;
+    std::span<const Column> columns;
+    TableHandlerStyle handlerStyle;
+};
+
+// Registers the table with the iterator helper (columns 1 to maxColumn,
+// one INTEGER index). Returns the agent's registration result.
+int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
+                  Netsnmp_Next_Data_Point *next);
+
+// The iterator's get-next step over a row list.
+netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, netsnmp_variable_list *index);
+
+// The table handler: readOnly for every SET phase, GET answered per column.
+int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
+                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
+
+} // namespace orv3
+
+// Stamps out the exported routine family of one cached row table T with row
+// record ROW, given `T_info` (TableInfo), `T_rows` (RowList), `T_refresh`
+// (RefreshRule) and `T_stamp` (int32_t) in the table's file, and the
+// table-specific `initialize_T_local` and `T_update_row` defined there too.
+#define ORV3_ROW_TABLE_ROUTINES(T, ROW)                                                                                \
+    extern "C" {                                                                                                       \
+    ROW *T##_createEntry(void *hint)                                                                                   \
+    {                                                                                                                  \
+        return reinterpret_cast<ROW *>(::orv3::allocateRow(hint, sizeof(ROW)));                                        \
+    }                                                                                                                  \
+    ROW *T##_insertEntry(ROW *row)                                                                                     \
+    {                                                                                                                  \
+        T##_rows.pushFront(&row->head);                                                                                \
+        return row;                                                                                                    \
+    }                                                                                                                  \
+    void T##_removeEntry(ROW *row)                                                                                     \
+    {                                                                                                                  \
+        T##_rows.remove(row ? &row->head : nullptr);                                                                   \
+    }                                                                                                                  \
+    void T##_clear(void)                                                                                               \
+    {                                                                                                                  \
+        T##_rows.clear();                                                                                              \
+    }                                                                                                                  \
+    void T##_check_for_update(void)                                                                                    \
+    {                                                                                                                  \
+        if (::orv3::refreshDue(T##_refresh, T##_stamp, ::orv3::nowSeconds()))                                          \
+            initialize_##T##_local();                                                                                  \
+    }                                                                                                                  \
+    netsnmp_variable_list *T##_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,             \
+                                                   netsnmp_iterator_info *)                                            \
+    {                                                                                                                  \
+        return ::orv3::nextDataPoint(loop, data, index);                                                               \
+    }                                                                                                                  \
+    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
+                                                    netsnmp_iterator_info *info)                                       \
+    {                                                                                                                  \
+        T##_check_for_update();                                                                                        \
+        *loop = T##_rows.head();                                                                                       \
+        return T##_get_next_data_point(loop, data, index, info);                                                       \
+    }                                                                                                                  \
+    int T##_handler(netsnmp_mib_handler *, netsnmp_handler_registration *, netsnmp_agent_request_info *reqinfo,        \
+                    netsnmp_request_info *requests)                                                                    \
+    {                                                                                                                  \
+        return ::orv3::tableHandler(T##_info, #T "_handler",                                                           \
+                                    [](int id, orv3_row_head_t *row) {                                                 \
+                                        return T##_update_row(id, reinterpret_cast<ROW *>(row));                       \
+                                    },                                                                                 \
+                                    reqinfo, requests);                                                                \
+    }                                                                                                                  \
+    int initialize_table_##T(void)                                                                                     \
+    {                                                                                                                  \
+        return ::orv3::registerTable(T##_info, T##_handler, T##_get_first_data_point, T##_get_next_data_point);        \
+    }                                                                                                                  \
+    int init_##T(void)                                                                                                 \
+    {                                                                                                                  \
+        return initialize_table_##T();                                                                                 \
+    }                                                                                                                  \
+    }

@@ -1,0 +1,81 @@
+#include "scalar_group.h"
+
+#include "trace.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace orv3 {
+
+void storeInt32(void *cell, size_t *size, int32_t value)
+{
+    memcpy(cell, &value, sizeof value);
+    *size = sizeof value;
+}
+
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
+                         Netsnmp_Node_Handler *handler)
+{
+    ORV3_TRACE_AS(routine, group, "Registering %s variables\n", group);
+    for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl) {
+        int result = kind == InstanceKind::ReadOnlyUlong
+                         ? netsnmp_register_read_only_ulong_instance(group, decl->oid, kScalarOidLength,
+                                                                     static_cast<u_long *>(decl->value), handler)
+                         : netsnmp_register_read_only_long_instance(group, decl->oid, kScalarOidLength,
+                                                                    static_cast<long *>(decl->value), handler);
+        ORV3_TRACE_AS(routine, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
+                   result == MIB_REGISTERED_OK ? "OK" : "failed");
+    }
+}
+
+static const scalar_decl_t *findByScalarArc(const scalar_decl_t *decls, const netsnmp_variable_list *vb)
+{
+    if (vb->name_length < 2)
+        return nullptr;
+    size_t position = vb->name_length - 2;
+    for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl)
+        if (decl->oid[position] == vb->name[position])
+            return decl;
+    return nullptr;
+}
+
+int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests)
+{
+    if (!requests)
+        return 0;
+    int status = 0;
+    for (netsnmp_request_info *request = requests; request; request = request->next) {
+        if (request->processed)
+            continue;
+        const scalar_decl_t *decl = findByScalarArc(decls, request->requestvb);
+        if (!decl) {
+            status = SNMP_ERR_NOSUCHNAME;
+            continue;
+        }
+        if (stdoutRoutine)
+            printf("%s reqinfo->mode = %d\n", stdoutRoutine, reqinfo->mode);
+        switch (reqinfo->mode) {
+        case MODE_GET:
+            if (decl->update)
+                status = decl->update(decl->value, decl->size);
+            // The size cell never widens the answer past the record's own maximum.
+            snmp_set_var_typed_value(request->requestvb, static_cast<u_char>(decl->asn_type), decl->value,
+                                     *decl->size < size_t(decl->max_size) ? *decl->size : size_t(decl->max_size));
+            break;
+        case MODE_SET_RESERVE1:
+            if (decl->validate)
+                status = decl->validate(decl->value, decl->size);
+            break;
+        case MODE_SET_COMMIT:
+            if (decl->commit)
+                status = decl->commit(decl->value, decl->size);
+            break;
+        default:
+            break;
+        }
+    }
+    return status;
+}
+
+} // namespace orv3

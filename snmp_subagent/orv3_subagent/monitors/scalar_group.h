@@ -1,0 +1,75 @@
+// Read-only scalar groups: a declaration array walked by one generic handler.
+//
+// Each group (fans_scalars, disks, powerModule, flashdimm, ...) declares its
+// scalars in an array ending with a record whose name is null. The handler
+// routes a request by the scalar's own arc (the one before the instance arc):
+// the agent already matched the group's prefix when it chose the handler.
+#pragma once
+
+#include "netsnmp.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" {
+
+typedef int (*scalar_fn_t)(void *value, size_t *size);
+
+// Nine-field declaration record.
+typedef struct scalar_decl {
+    const oid *oid;       // full OID, ending in the instance arc 0
+    const char *name;     // MIB object name; null ends the array
+    int32_t asn_type;     // ASN.1 tag of the answer (low byte)
+    void *value;          // value cell
+    size_t *size;         // length of the value in bytes
+    int32_t max_size;     // 4
+    scalar_fn_t update;   // before each GET; may be null
+    scalar_fn_t validate; // in SET RESERVE1; may be null
+    scalar_fn_t commit;   // in SET COMMIT; may be null
+} scalar_decl_t;
+
+// Ten-field variant: the OID length is carried in the record.
+typedef struct scalar_decl_ex {
+    const oid *oid;
+    size_t oid_len;
+    const char *name;
+    int32_t asn_type;
+    void *value;
+    size_t *size;
+    int32_t max_size;
+    scalar_fn_t update;
+    scalar_fn_t validate;
+    scalar_fn_t commit;
+} scalar_decl_ex_t;
+
+} // extern "C"
+
+#if UINTPTR_MAX == 0xffffffffu
+static_assert(sizeof(scalar_decl_t) == 36, "nine 32-bit fields on the controller");
+static_assert(sizeof(scalar_decl_ex_t) == 40, "ten 32-bit fields on the controller");
+#endif
+
+namespace orv3 {
+
+// Scalars of the nine-field groups are registered with 13 arcs.
+constexpr size_t kScalarOidLength = 13;
+
+// Value cells are as wide as the agent's unsigned long, which its instance
+// helpers read; the module stores and serves a 32-bit value in them.
+using ScalarCell = u_long;
+
+void storeInt32(void *cell, size_t *size, int32_t value);
+
+enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
+
+// Registers every scalar of a group and traces "Registering <group>
+// variables" and one OK/failed line per scalar with `typeLabel`.
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
+                         Netsnmp_Node_Handler *handler);
+
+// The generic group handler. `stdoutRoutine`, when set, prints
+// "<routine> reqinfo->mode = <mode>" for every request that matches.
+int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests);
+
+} // namespace orv3

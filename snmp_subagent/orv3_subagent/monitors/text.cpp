@@ -1,0 +1,28 @@
+#include "text.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace orv3 {
+
+uint32_t copyText(char *dst, size_t bound, const char *src, size_t srcCapacity)
+{
+    if (bound == 0)
+        return 0;
+    size_t length = src ? strnlen(src, srcCapacity < bound - 1 ? srcCapacity : bound - 1) : 0;
+    if (length)
+        memcpy(dst, src, length);
+    dst[length] = '\0';
+    return static_cast<uint32_t>(length);
+}
+
+uint32_t formatFanSpeed(char *dst, size_t size, int32_t speedPct)
+{
+    int written = speedPct == 0 ? snprintf(dst, size, "offline")
+                                : snprintf(dst, size, "%3ld%% of maximum", static_cast<long>(speedPct));
+    if (written < 0)
+        return 0;
+    return static_cast<uint32_t>(static_cast<size_t>(written) < size ? written : size - 1);
+}
+
+} // namespace orv3

@@ -1,0 +1,18 @@
+// Bounded text copies into the fixed buffers of row records.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orv3 {
+
+// Copies at most `bound - 1` characters of `src` into `dst` and terminates
+// it, reading no further than `srcCapacity` bytes of `src` (a holder the
+// store forgot to terminate is still read safely). Returns the copied length.
+uint32_t copyText(char *dst, size_t bound, const char *src, size_t srcCapacity);
+
+// The fan speed as served: "offline" for exactly 0, otherwise the
+// percentage right-aligned in three places, e.g. "  5% of maximum".
+uint32_t formatFanSpeed(char *dst, size_t size, int32_t speedPct);
+
+} // namespace orv3
