@@ -1,0 +1,44 @@
+# Shared by scripts/run and scripts/test: packages, builds and the agent.
+# shellcheck shell=bash
+
+ORV3_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev)
+
+say() { printf '%s\n' "$*"; }
+die() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+# Installs the Debian packages the project needs that are not there yet.
+ensure_packages() {
+    local missing=() package
+    for package in "${ORV3_PACKAGES[@]}" "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    if [ "$(id -u)" -ne 0 ]; then
+        die "missing packages: ${missing[*]}; install them with: sudo apt-get install ${missing[*]}"
+    fi
+    say "Installing missing packages with apt-get: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq >/dev/null || die "apt-get update failed"
+    # Installing snmpd must not start Debian's own agent on port 161.
+    local policy=/usr/sbin/policy-rc.d created_policy=
+    if [ ! -e "$policy" ]; then
+        printf '#!/bin/sh\nexit 101\n' >"$policy" && chmod +x "$policy" && created_policy=1
+    fi
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null || die "apt-get install ${missing[*]} failed"
+    [ -n "$created_policy" ] && rm -f "$policy"
+    return 0
+}
+
+# build DIR [cmake options...]: configures once and builds the whole tree.
+build() {
+    local dir=$1
+    shift
+    mkdir -p "$dir"
+    if [ ! -f "$dir/CMakeCache.txt" ]; then
+        cmake -S "$ORV3_ROOT" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >"$dir/configure.log" 2>&1 ||
+            { cat "$dir/configure.log" >&2; die "cmake configuration of $dir failed"; }
+    fi
+    cmake --build "$dir" -j"$(nproc)" >"$dir/build.log" 2>&1 ||
+        { tail -n 60 "$dir/build.log" >&2; die "build of $dir failed (full log: $dir/build.log)"; }
+}
