@@ -1,0 +1,154 @@
+// Runs a real /usr/sbin/snmpd for one test, with the monitors module loaded via
+// dlmod and the simulated platform library preloaded, in a private temp directory.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "harness/snmp_client.h"
+
+// Build facts; CMake passes the real values as compile definitions.
+#ifndef ORV3_MODULE_PATH
+#define ORV3_MODULE_PATH "liborv3_monitors.so"
+#endif
+#ifndef ORV3_SIM_PATH
+#define ORV3_SIM_PATH "liborv3_platform_sim.so"
+#endif
+#ifndef ORV3_SOURCE_DIR
+#define ORV3_SOURCE_DIR "."
+#endif
+#ifndef ORV3_SANITIZE
+#define ORV3_SANITIZE 0
+#endif
+#ifndef ORV3_ASAN_RUNTIME
+#define ORV3_ASAN_RUNTIME "libasan.so"
+#endif
+
+namespace orv3::test {
+
+struct AgentOptions {
+    // Contents of the machine file (<dir>/machine.json). When empty, the file named by
+    // machinePath is copied there instead (a relative name that does not exist from the
+    // current directory is looked up in ORV3_SOURCE_DIR/machines). When both are empty
+    // no machine file is written (ORV3_SIM_MACHINE still names <dir>/machine.json).
+    std::string machineJson;
+    std::string machinePath;
+    // Extra environment for snmpd (ORV_FAMILY, ORV_CODENAME, PLATFLAGS, ...); overrides
+    // anything the harness sets.
+    std::map<std::string, std::string> env;
+    // Debug tokens for snmpd -D (e.g. "monitors,dlmod"); empty = no -D.
+    std::string debugTokens;
+    // Initial simulated clock (written to <dir>/clock before start); absent = real time.
+    // A step without a start starts the simulated clock at the current real time.
+    std::optional<long> clockStart;
+    std::optional<long> clockStep;
+    // Plain snmpd: no dlmod line and no LD_PRELOAD (for testing the harness itself).
+    bool bareAgent = false;
+    // Extra lines appended to the snmpd configuration file.
+    std::vector<std::string> extraConfig;
+    // How long to wait for the agent to answer a GET of sysUpTime.
+    std::chrono::milliseconds startTimeout{10000};
+};
+
+class Agent {
+  public:
+    // Starts snmpd and waits until it answers. Throws std::runtime_error (with snmpd's
+    // output in the message) when it cannot be started; the directory is kept then.
+    explicit Agent(AgentOptions options = {});
+    // Stops snmpd (see stop()) and removes the directory unless the current test
+    // failed (or ORV3_E2E_KEEP is set in the environment), in which case its path is printed.
+    ~Agent();
+    Agent(const Agent&) = delete;
+    Agent& operator=(const Agent&) = delete;
+
+    int port() const { return port_; }
+    const std::string& dir() const { return dir_; }
+    pid_t pid() const { return pid_; }
+    // True while the snmpd process has not exited.
+    bool running();
+
+    // A new v2c session to this agent ("public" is read-only, "private" read-write).
+    SnmpClient client(const std::string& community = "public", long timeoutUs = SnmpClient::kDefaultTimeoutUs,
+                      int retries = SnmpClient::kDefaultRetries) const;
+
+    // snmpd's stdout (log output, -D debug output) and stderr, re-read on each call.
+    std::string stdoutText() const;
+    std::string stderrText() const;
+    bool waitForStdout(const std::string& needle,
+                       std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
+    bool waitForStderr(const std::string& needle,
+                       std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
+    size_t countInStdout(const std::string& needle) const;
+    size_t countInStderr(const std::string& needle) const;
+
+    // Lines of <dir>/calls.log ("<operation> <path-or-key>"); empty if absent.
+    std::vector<std::string> callLog() const;
+    void clearCallLog();
+    // Number of call-log lines starting with `prefix`.
+    size_t countCalls(const std::string& prefix) const;
+    // Waits until countCalls(prefix) >= atLeast.
+    bool waitForCalls(const std::string& prefix, size_t atLeast = 1,
+                      std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
+
+    // Atomically rewrites the clock file: "<seconds>" or "<seconds> <step>".
+    void setClock(long seconds, long step = 0);
+    // Empties the clock file (back to real time).
+    void clearClock();
+    std::string clockPath() const { return dir_ + "/clock"; }
+
+    // Atomically replaces the machine file; the new file always has a new inode and a
+    // modification time different from all earlier versions.
+    void replaceMachine(const std::string& json);
+    // Removes the machine file.
+    void removeMachine();
+    std::string machinePath() const { return dir_ + "/machine.json"; }
+    std::string callLogPath() const { return dir_ + "/calls.log"; }
+
+    // SIGTERM, wait up to 5 s, then SIGKILL. Idempotent. Reports (ADD_FAILURE) a crash,
+    // an unexpected earlier exit, a hang on shutdown, and sanitizer findings.
+    void stop();
+    // Offending sanitizer report text (empty if none). Before stop() it scans the logs
+    // written so far; after stop() it returns what stop() found.
+    std::string sanitizerFindings() const;
+    // Raw wait status of snmpd after it exited (valid once running() is false).
+    int waitStatus() const { return waitStatus_; }
+
+  private:
+    void start();
+    bool spawn(std::string& error);
+    bool reap(bool block);
+    std::string describeExit() const;
+    std::string scanSanitizerLogs() const;
+    void writeAtomically(const std::string& path, const std::string& contents);
+
+    AgentOptions options_;
+    std::string dir_;
+    int port_ = 0;
+    pid_t pid_ = -1;
+    bool exited_ = false;
+    bool stopped_ = false;
+    bool signalled_ = false;  // we sent a signal
+    int waitStatus_ = 0;
+    std::string findings_;
+    unsigned long writeCounter_ = 0;
+    long lastMachineMtime_ = 0;
+};
+
+// Picks a currently free UDP port on 127.0.0.1 (bind to port 0, read it, close).
+int pickFreeUdpPort();
+
+// Reads a whole file; empty string when it does not exist.
+std::string readFileText(const std::string& path);
+
+// From the text of sanitizer logs, returns the parts that count as failures:
+// every AddressSanitizer (non-leak) report, every UBSan "runtime error:" line with
+// its stack, and the LeakSanitizer "Direct leak"/"Indirect leak" blocks whose stack
+// mentions one of `ownMarkers` (e.g. "liborv3_", the source directory).
+std::string extractSanitizerFailures(const std::string& logText, const std::vector<std::string>& ownMarkers);
+
+}  // namespace orv3::test
