@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -269,6 +270,25 @@ TEST(HarnessAgent, ClockMachineAndCallLogFiles) {
     EXPECT_TRUE(agent.callLog().empty());
 }
 
+TEST(HarnessAgent, MachineFromPath) {
+    std::string src = fs::temp_directory_path() / ("orv3-e2e-selftest-machine-" + std::to_string(::getpid()) + ".json");
+    {
+        std::ofstream(src) << "{\"from\": \"file\"}";
+    }
+    AgentOptions o = bare();
+    o.machinePath = src;
+    {
+        Agent agent(o);
+        EXPECT_EQ(readFileText(agent.machinePath()), "{\"from\": \"file\"}");
+        agent.replaceMachine("{}");
+    }
+    EXPECT_EQ(readFileText(src), "{\"from\": \"file\"}");  // the source is never modified
+    fs::remove(src);
+
+    o.machinePath = "/nonexistent/machine.json";
+    EXPECT_THROW(Agent agent(o), std::runtime_error);
+}
+
 TEST(HarnessAgent, StopAndDirectoryCleanup) {
     std::string dir;
     {
@@ -294,6 +314,28 @@ TEST(HarnessAgent, ReportsCrash) {
     for (int i = 0; i < 300 && agent.running(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_NONFATAL_FAILURE(agent.stop(), "before the harness stopped it");
     EXPECT_TRUE(WIFSIGNALED(agent.waitStatus()));
+}
+
+TEST(HarnessAgent, StartFailureCarriesOutput) {
+    for (const char* exe : {"/bin/false", "/nonexistent/snmpd"}) {
+        AgentOptions o = bare();
+        o.executable = exe;
+        std::string message;
+        try {
+            Agent agent(o);
+        } catch (const std::runtime_error& e) {
+            message = e.what();
+        }
+        EXPECT_NE(message.find("exited with code"), std::string::npos) << message;
+        EXPECT_NE(message.find("--- snmpd.err ---"), std::string::npos) << message;
+        if (std::string(exe) == "/nonexistent/snmpd") {
+            EXPECT_NE(message.find("execve failed"), std::string::npos) << message;
+        }
+        // The directory is kept on failure; clean it up here.
+        size_t pos = message.find("/tmp/orv3-e2e-");
+        ASSERT_NE(pos, std::string::npos) << message;
+        fs::remove_all(message.substr(pos, message.find_first_of(" \n", pos) - pos));
+    }
 }
 
 TEST(HarnessAgent, TwoAgentsAtOnce) {

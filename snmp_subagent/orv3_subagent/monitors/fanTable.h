@@ -37,6 +37,14 @@ int copy_bindings_to_fanTable_entry(fanTable_entry_t *row);
 int32_t fanTable_get_row_count(void);
 int fanTable_update_row(int request_id, fanTable_entry_t *row);
 int fanTable_commit_row(int request_id, fanTable_entry_t *row);
+int fanTable_validate_fanNonRecovLimitHigh(fanTable_entry_t *row);
+int fanTable_validate_fanCritLimitHigh(fanTable_entry_t *row);
+int fanTable_validate_fanNonCritLimitHigh(fanTable_entry_t *row);
+int fanTable_validate_fanNonRecovLimitLow(fanTable_entry_t *row);
+int fanTable_validate_fanCritLimitLow(fanTable_entry_t *row);
+int fanTable_validate_fanNonCritLimitLow(fanTable_entry_t *row);
+int fanTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
+                     netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
 int init_fanTable(void);
 int initialize_table_fanTable(void);
 

@@ -34,7 +34,6 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr const char* kSnmpd = "/usr/sbin/snmpd";
 constexpr milliseconds kPollInterval{10};
 constexpr milliseconds kStopTimeout{5000};
 
@@ -215,6 +214,11 @@ std::string extractSanitizerFailures(const std::string& logText, const std::vect
 // ---------------------------------------------------------------------------
 
 Agent::Agent(AgentOptions options) : options_(std::move(options)) {
+    if (options_.machineJson.empty() && !options_.machinePath.empty()) {
+        std::string src = resolveMachinePath(options_.machinePath);
+        if (!fs::is_regular_file(src)) throw std::runtime_error("machine file not found: " + options_.machinePath);
+        options_.machineJson = readFileText(src);
+    }
     char tmpl[] = "/tmp/orv3-e2e-XXXXXX";
     if (!::mkdtemp(tmpl)) throw std::runtime_error(std::string("mkdtemp: ") + std::strerror(errno));
     dir_ = tmpl;
@@ -245,14 +249,7 @@ void Agent::start() {
     // Pre-created so that snmpd does not log "Created directory" lines.
     fs::create_directories(dir_ + "/persist/cert_indexes");
 
-    // Machine file.
-    std::string machine = options_.machineJson;
-    if (machine.empty() && !options_.machinePath.empty()) {
-        std::string src = resolveMachinePath(options_.machinePath);
-        if (!fs::exists(src)) throw std::runtime_error("machine file not found: " + options_.machinePath);
-        machine = readFileText(src);
-    }
-    if (!machine.empty()) replaceMachine(machine);
+    if (!options_.machineJson.empty()) replaceMachine(options_.machineJson);
 
     // Clock file.
     if (options_.clockStart || options_.clockStep) {
@@ -274,20 +271,20 @@ void Agent::start() {
         port_ = pickFreeUdpPort();
         if (spawn(error)) return;
         std::string all = stdoutText() + stderrText();
-        bool portTaken = all.find("Error opening specified endpoint") != std::string::npos ||
+        bool portTaken = all.find("Error opening") != std::string::npos ||
                          all.find("Address already in use") != std::string::npos;
         if (!portTaken || !exited_) break;
         pid_ = -1;
         exited_ = false;
     }
-    std::string findings = extractSanitizerFailures(stderrText(), {});
+    std::string findings = scanSanitizerLogs();
     throw std::runtime_error("snmpd did not start (" + error + ") in " + dir_ + "\n--- snmpd.err ---\n" +
                              tail(stderrText(), 8000) + "\n--- snmpd.out ---\n" + tail(stdoutText(), 8000) +
                              (findings.empty() ? "" : "\n--- sanitizer ---\n" + findings));
 }
 
 bool Agent::spawn(std::string& error) {
-    std::vector<std::string> args = {kSnmpd, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"};
+    std::vector<std::string> args = {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"};
     if (!options_.debugTokens.empty()) args.push_back("-D" + options_.debugTokens);
     args.push_back("udp:127.0.0.1:" + std::to_string(port_));
 
@@ -350,7 +347,7 @@ bool Agent::spawn(std::string& error) {
         ::dup2(errFd, 2);
         ::close_range(3, ~0U, 0);
         ::execve(argv[0], argv.data(), envp.data());
-        const char msg[] = "harness: execve /usr/sbin/snmpd failed\n";
+        const char msg[] = "harness: execve failed\n";
         ssize_t ignored = ::write(2, msg, sizeof msg - 1);
         (void)ignored;
         _exit(127);
@@ -370,7 +367,7 @@ bool Agent::spawn(std::string& error) {
     // Wait for an answer to GET sysUpTime; probe timeouts grow so that a slow
     // (sanitized) agent still gets a chance to answer one of them.
     auto deadline = Clock::now() + options_.startTimeout;
-    long probeTimeoutUs = 50000;
+    long probeTimeoutUs = 10000;
     SnmpClient probe(port_, "public", probeTimeoutUs, 0);
     while (true) {
         if (reap(false)) {
@@ -383,7 +380,7 @@ bool Agent::spawn(std::string& error) {
             // only warns about a preload library it cannot find: make both fatal here.
             if (!options_.bareAgent) {
                 std::string out = stdoutText(), err = stderrText();
-                size_t pos = out.find("dlopen(");
+                size_t pos = out.find(std::string("dlopen(") + ORV3_MODULE_PATH + ")");
                 if (pos != std::string::npos) {
                     error = "module not loaded: " + out.substr(pos, out.find('\n', pos) - pos);
                     return false;

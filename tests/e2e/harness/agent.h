@@ -51,6 +51,8 @@ struct AgentOptions {
     bool bareAgent = false;
     // Extra lines appended to the snmpd configuration file.
     std::vector<std::string> extraConfig;
+    // The agent executable.
+    std::string executable = "/usr/sbin/snmpd";
     // How long to wait for the agent to answer a GET of sysUpTime.
     std::chrono::milliseconds startTimeout{10000};
 };

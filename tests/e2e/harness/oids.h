@@ -98,7 +98,7 @@ inline int oidCompare(std::string_view a, std::string_view b) {
     return x.size() < y.size() ? -1 : 1;
 }
 
-// True when `oid` equals `root` or lies below it (sub-identifier boundaries respected:
+// True when `oid` equals `root` or lies below it (whole sub-identifiers only:
 // "1.3.61" is not under "1.3.6").
 inline bool oidStartsWith(std::string_view oid, std::string_view root) {
     std::string o = oidNormalize(oid), r = oidNormalize(root);
