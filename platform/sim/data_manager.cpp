@@ -6,7 +6,8 @@
 #include "platform.h"
 
 #include <cstring>
-#include <set>
+#include <memory>
+#include <unordered_map>
 #include <string>
 
 using nlohmann::json;
@@ -26,7 +27,10 @@ struct quel_dm_binding {
 namespace {
 
 quel_dm_connection theConnection;
-std::set<quel_dm_binding *> liveBindings;
+// Bindings the store has handed out and not yet freed, owned here: one the
+// caller abandons (after a failed free) stays in the store, as it would on
+// the controller.
+std::unordered_map<quel_dm_binding *, std::unique_ptr<quel_dm_binding>> liveBindings;
 
 // Bound columns are read up to the end marker, and never past this many,
 // so that a binding table without one cannot run away.
@@ -149,9 +153,9 @@ int32_t quel_dm_BindRow(int32_t, const char *ns, quel_dm_co_t, int32_t, int32_t,
     auto machine = Platform::instance().machine();
     if (!findTable(*machine, ns))
         return fail(status, 1, orv3::sim::kNoSuchNamespace);
-    auto *binding = new quel_dm_binding{ns, columns, machine, 0};
-    liveBindings.insert(binding);
-    *handle = binding;
+    auto binding = std::make_unique<quel_dm_binding>(quel_dm_binding{ns, columns, machine, 0});
+    *handle = binding.get();
+    liveBindings.emplace(binding.get(), std::move(binding));
     return fail(status, 0, orv3::sim::kOk);
 }
 
@@ -189,7 +193,6 @@ int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status)
     if (!binding)
         return fail(status, 1, orv3::sim::kBadHandle);
     liveBindings.erase(binding);
-    delete binding;
     return fail(status, 0, orv3::sim::kOk);
 }
 

@@ -131,9 +131,10 @@ json parseWithLines(const std::string &text, const std::string &file, LineMap &l
                            LineCountingIterator(text.data() + text.size(), &line), callback);
     } catch (const json::parse_error &error) {
         // Count the lines up to the byte the parser stopped at.
-        size_t upTo = std::min<size_t>(error.byte, text.size());
+        // error.byte counts from 1 and is one past the end at an early end of input.
+        size_t before = std::min<size_t>(error.byte > 0 ? error.byte - 1 : 0, text.size());
         int errorLine = 1;
-        for (size_t i = 0; i + 1 < upTo; ++i)
+        for (size_t i = 0; i < before; ++i)
             if (text[i] == '\n')
                 ++errorLine;
         std::string reason = error.what();

@@ -37,11 +37,8 @@ static std::string machinePathFromEnvironment()
 
 Platform::Platform() : source_(machinePathFromEnvironment())
 {
-    if (const char *log = getenv("ORV3_SIM_CALL_LOG"); log && *log) {
-        callLog_ = open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-        if (callLog_ < 0)
-            fprintf(stderr, "orv3-sim: cannot open the call log %s\n", log);
-    }
+    if (const char *log = getenv("ORV3_SIM_CALL_LOG"); log && *log)
+        callLogPath_ = log;
     try {
         source_.loadOrThrow();
     } catch (const MachineFileError &error) {
@@ -59,14 +56,20 @@ Platform &Platform::instance()
 
 void Platform::logCall(std::string_view call, std::string_view key)
 {
-    if (callLog_ < 0)
+    if (callLogPath_.empty())
         return;
     std::string line;
     line.reserve(call.size() + key.size() + 2);
     line.append(call).append(" ").append(key).append("\n");
-    // One write per line keeps lines whole when a test reads the log.
-    ssize_t written = write(callLog_, line.data(), line.size());
+    // Opened for every line: the agent closes the descriptors it inherits
+    // as it starts, after the simulator is already loaded. One write per
+    // line keeps lines whole when a test reads the log.
+    int fd = open(callLogPath_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return;
+    ssize_t written = write(fd, line.data(), line.size());
     (void)written;
+    close(fd);
 }
 
 std::shared_ptr<const Machine> Platform::machine()

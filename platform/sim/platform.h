@@ -47,7 +47,7 @@ private:
 
     std::mutex mutex_;
     MachineSource source_;
-    int callLog_ = -1;
+    std::string callLogPath_;
     uint64_t faultGeneration_ = 0;
     std::vector<int64_t> faultUses_;
 };

@@ -153,6 +153,19 @@ void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_requ
     snmp_set_var_typed_integer(request->requestvb, column.asnType, wire);
 }
 
+namespace {
+
+// The records a table registration hands to the agent live as long as the
+// process; the module keeps them listed so that they stay reachable.
+struct RegisteredTable {
+    netsnmp_table_registration_info *tableInfo;
+    netsnmp_iterator_info *iteratorInfo;
+    RegisteredTable *next;
+};
+RegisteredTable *registeredTables = nullptr;
+
+} // namespace
+
 int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
                   Netsnmp_Next_Data_Point *next)
 {
@@ -170,6 +183,7 @@ int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp
     iteratorInfo->get_first_data_point = first;
     iteratorInfo->get_next_data_point = next;
     iteratorInfo->table_reginfo = tableInfo;
+    registeredTables = new RegisteredTable{tableInfo, iteratorInfo, registeredTables};
     return netsnmp_register_table_iterator(registration, iteratorInfo);
 }
 
@@ -193,9 +207,9 @@ static const Column *findColumn(const TableInfo &table, unsigned number)
 }
 
 int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
-                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests)
+                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests, std::source_location where)
 {
-    ORV3_TRACE_AS(handlerName, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
+    ORV3_TRACE_AT(handlerName, where, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
 
     if (reqinfo->mode >= MODE_SET_RESERVE1 && reqinfo->mode <= MODE_SET_UNDO) {
         netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
@@ -206,6 +220,10 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
 
     int requestId = reqinfo->asp && reqinfo->asp->pdu ? reqinfo->asp->pdu->reqid : 0;
     for (netsnmp_request_info *request = requests; request; request = request->next) {
+        // The table helper has already answered a column beyond the table
+        // (noSuchObject) and marked it processed.
+        if (request->processed)
+            continue;
         auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
         if (!row) {
             // Requests answered earlier in this pass are overwritten too.

@@ -20,6 +20,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <source_location>
 #include <span>
 
 extern "C" {
@@ -127,7 +128,8 @@ netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, net
 
 // The table handler: readOnly for every SET phase, GET answered per column.
 int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
-                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
+                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests,
+                 std::source_location where = std::source_location::current());
 
 } // namespace orv3
 

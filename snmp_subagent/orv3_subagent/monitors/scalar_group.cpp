@@ -14,16 +14,16 @@ void storeInt32(void *cell, size_t *size, int32_t value)
 }
 
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
-                         Netsnmp_Node_Handler *handler)
+                         Netsnmp_Node_Handler *handler, std::source_location where)
 {
-    ORV3_TRACE_AS(routine, group, "Registering %s variables\n", group);
+    ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
     for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl) {
         int result = kind == InstanceKind::ReadOnlyUlong
                          ? netsnmp_register_read_only_ulong_instance(group, decl->oid, kScalarOidLength,
                                                                      static_cast<u_long *>(decl->value), handler)
                          : netsnmp_register_read_only_long_instance(group, decl->oid, kScalarOidLength,
                                                                     static_cast<long *>(decl->value), handler);
-        ORV3_TRACE_AS(routine, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
+        ORV3_TRACE_AT(routine, where, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
                    result == MIB_REGISTERED_OK ? "OK" : "failed");
     }
 }

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <source_location>
 
 extern "C" {
 
@@ -65,7 +66,8 @@ enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
 // Registers every scalar of a group and traces "Registering <group>
 // variables" and one OK/failed line per scalar with `typeLabel`.
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
-                         Netsnmp_Node_Handler *handler);
+                         Netsnmp_Node_Handler *handler,
+                         std::source_location where = std::source_location::current());
 
 // The generic group handler. `stdoutRoutine`, when set, prints
 // "<routine> reqinfo->mode = <mode>" for every request that matches.

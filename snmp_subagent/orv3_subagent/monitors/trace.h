@@ -8,6 +8,8 @@
 
 #include "netsnmp.h"
 
+#include <source_location>
+
 namespace orv3 {
 
 void traceLine(const char *routine, const char *file, int line, const char *token, const char *format, ...)
@@ -22,9 +24,11 @@ void traceLine(const char *routine, const char *file, int line, const char *toke
             ::orv3::traceLine(__func__, __FILE__, __LINE__, token, __VA_ARGS__);                   \
     } while (0)
 
-// Trace on behalf of an exported routine whose body is shared code.
-#define ORV3_TRACE_AS(routine, token, ...)                                                         \
+// Trace from shared code on behalf of an exported routine: `where` is the
+// place in the group's own file that called the shared code.
+#define ORV3_TRACE_AT(routine, where, token, ...)                                                  \
     do {                                                                                           \
         if (snmp_get_do_debugging())                                                               \
-            ::orv3::traceLine(routine, __FILE__, __LINE__, token, __VA_ARGS__);                    \
+            ::orv3::traceLine(routine, (where).file_name(), static_cast<int>((where).line()), token, \
+                              __VA_ARGS__);                                                        \
     } while (0)
