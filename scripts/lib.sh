@@ -2,7 +2,7 @@
 # shellcheck shell=bash
 
 ORV3_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev)
+ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev)
 
 say() { printf '%s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
