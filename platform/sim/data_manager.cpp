@@ -131,9 +131,18 @@ int32_t readRow(quel_dm_binding *binding, int32_t *status)
     return word == orv3::sim::kOk ? fail(status, 0, word) : fail(status, 1, word);
 }
 
-quel_dm_binding *liveBinding(quel_dm_binding_t handle)
+// Runs `action` on a binding the store handed out, after the call's fault
+// check; any other handle fails as invalid.
+template <class Action>
+int32_t onBinding(std::string_view call, quel_dm_binding_t handle, int32_t *status, Action action)
 {
-    return liveBindings.count(handle) ? handle : nullptr;
+    quel_dm_binding *binding = liveBindings.count(handle) ? handle : nullptr;
+    int32_t result;
+    if (failedByFault(call, binding ? binding->ns : "", status, result))
+        return result;
+    if (!binding)
+        return fail(status, 1, orv3::sim::kBadHandle);
+    return action(*binding);
 }
 
 } // namespace
@@ -161,39 +170,25 @@ int32_t quel_dm_BindRow(int32_t, const char *ns, quel_dm_co_t, int32_t, int32_t,
 
 int32_t quel_dm_GetFirstRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    quel_dm_binding *binding = liveBinding(handle);
-    int32_t result;
-    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
-        return result;
-    if (!binding)
-        return fail(status, 1, orv3::sim::kBadHandle);
-    // Each walk of a binding sees the description as it is now.
-    binding->snapshot = Platform::instance().machine();
-    binding->nextRow = 0;
-    return readRow(binding, status);
+    return onBinding(__func__, handle, status, [status](quel_dm_binding &binding) {
+        // Each walk of a binding sees the description as it is now.
+        binding.snapshot = Platform::instance().machine();
+        binding.nextRow = 0;
+        return readRow(&binding, status);
+    });
 }
 
 int32_t quel_dm_GetNextRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    quel_dm_binding *binding = liveBinding(handle);
-    int32_t result;
-    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
-        return result;
-    if (!binding)
-        return fail(status, 1, orv3::sim::kBadHandle);
-    return readRow(binding, status);
+    return onBinding(__func__, handle, status, [status](quel_dm_binding &binding) { return readRow(&binding, status); });
 }
 
 int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status)
 {
-    quel_dm_binding *binding = liveBinding(handle);
-    int32_t result;
-    if (failedByFault(__func__, binding ? binding->ns : "", status, result))
-        return result;
-    if (!binding)
-        return fail(status, 1, orv3::sim::kBadHandle);
-    liveBindings.erase(binding);
-    return fail(status, 0, orv3::sim::kOk);
+    return onBinding(__func__, handle, status, [status](quel_dm_binding &binding) {
+        liveBindings.erase(&binding);
+        return fail(status, 0, orv3::sim::kOk);
+    });
 }
 
 int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t, int32_t, int32_t, int32_t *count, int32_t *status)
