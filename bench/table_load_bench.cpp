@@ -1,13 +1,13 @@
 // How long a fan table load takes, by table size: bind, read every row
 // through the column holders, copy into fresh rows, free the binding.
-#include "fan_rows.h"
 #include "fanTable.h"
+#include "fan_rows.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <fcntl.h>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <unistd.h>
 

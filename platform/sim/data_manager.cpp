@@ -7,8 +7,8 @@
 
 #include <cstring>
 #include <memory>
-#include <unordered_map>
 #include <string>
+#include <unordered_map>
 
 using nlohmann::json;
 using orv3::sim::Platform;
@@ -180,7 +180,8 @@ int32_t quel_dm_GetFirstRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int
 
 int32_t quel_dm_GetNextRow(quel_dm_binding_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    return onBinding(__func__, handle, status, [status](quel_dm_binding &binding) { return readRow(&binding, status); });
+    return onBinding(__func__, handle, status,
+                     [status](quel_dm_binding &binding) { return readRow(&binding, status); });
 }
 
 int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status)

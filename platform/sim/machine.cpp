@@ -104,9 +104,7 @@ json parseWithLines(const std::string &text, const std::string &file, LineMap &l
     };
     auto callback = [&](int, json::parse_event_t event, json &parsed) {
         switch (event) {
-        case json::parse_event_t::key:
-            frames.back().key = parsed.get<std::string>();
-            break;
+        case json::parse_event_t::key: frames.back().key = parsed.get<std::string>(); break;
         case json::parse_event_t::value:
             lines.record(childPointer(), line);
             finishChild();

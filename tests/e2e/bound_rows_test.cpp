@@ -46,9 +46,9 @@ TEST(FanTableLoad, FailedFirstRowKeepsTheBindingForTheNextLoad)
 {
     Agent agent(fanAgent(machineWithFans(kThreeFans, {fault("quel_dm_GetFirstRow", 1, 9, 1)})));
     EXPECT_EQ(fanRows(agent), 0u);
-    EXPECT_EQ(agent.countInStdout(
-                  "initialize_fanTable_local quel_dm_GetFirstRow error 9-operation failed, varStatus = 1\n"),
-              1u);
+    EXPECT_EQ(
+        agent.countInStdout("initialize_fanTable_local quel_dm_GetFirstRow error 9-operation failed, varStatus = 1\n"),
+        1u);
     EXPECT_EQ(agent.countCalls(kBindRow), 1u);
     EXPECT_EQ(agent.countCalls(kFreeBinding), 0u);
 

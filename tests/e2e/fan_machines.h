@@ -50,9 +50,7 @@ inline std::string machineWithFans(const std::vector<Fan> &fans, nlohmann::json 
     nlohmann::json rows = nlohmann::json::array();
     for (const Fan &fan : fans)
         rows.push_back(fanRow(fan));
-    return nlohmann::json{{"description", "test machine"},
-                          {"store", {{kFanStoreTable, rows}}},
-                          {"faults", faults}}
+    return nlohmann::json{{"description", "test machine"}, {"store", {{kFanStoreTable, rows}}}, {"faults", faults}}
         .dump(2);
 }
 

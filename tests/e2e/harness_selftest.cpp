@@ -22,14 +22,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-AgentOptions bare() {
+AgentOptions bare()
+{
     AgentOptions o;
     o.bareAgent = true;
     return o;
 }
 
 // Reads /proc/<pid>/<file> with NUL separators turned into a vector.
-std::vector<std::string> procList(pid_t pid, const char* file) {
+std::vector<std::string> procList(pid_t pid, const char *file)
+{
     std::string raw = readFileText("/proc/" + std::to_string(pid) + "/" + file);
     std::vector<std::string> out;
     std::string cur;
@@ -41,17 +43,20 @@ std::vector<std::string> procList(pid_t pid, const char* file) {
             cur += c;
         }
     }
-    if (!cur.empty()) out.push_back(cur);
+    if (!cur.empty())
+        out.push_back(cur);
     return out;
 }
 
-bool contains(const std::vector<std::string>& v, const std::string& s) {
+bool contains(const std::vector<std::string> &v, const std::string &s)
+{
     return std::find(v.begin(), v.end(), s) != v.end();
 }
 
 // --- OID helpers ------------------------------------------------------------
 
-TEST(HarnessOids, JoinParseCompare) {
+TEST(HarnessOids, JoinParseCompare)
+{
     EXPECT_EQ(oidJoin(kMonitorsRoot, {1, 2, 3}), "1.3.6.1.4.1.53917.11.1.1.1.2.3");
     size_t idx = 7;
     EXPECT_EQ(oidJoin(".1.3", {idx, "4.5", 6u}), "1.3.7.4.5.6");
@@ -70,7 +75,8 @@ TEST(HarnessOids, JoinParseCompare) {
     EXPECT_EQ(oidStringIndex("ab", true), "97.98");
 }
 
-TEST(HarnessClient, TypeNames) {
+TEST(HarnessClient, TypeNames)
+{
     EXPECT_EQ(typeName(ASN_INTEGER), "INTEGER");
     EXPECT_EQ(typeName(ASN_GAUGE), "Gauge32");
     EXPECT_EQ(typeName(ASN_OCTET_STR), "OCTET STRING");
@@ -80,7 +86,8 @@ TEST(HarnessClient, TypeNames) {
     EXPECT_EQ(errorStatusName(SNMP_ERR_NOTWRITABLE), "notWritable");
 }
 
-TEST(HarnessClient, TimesOutWithoutAgent) {
+TEST(HarnessClient, TimesOutWithoutAgent)
+{
     SnmpClient c(pickFreeUdpPort(), "public", 30000, 0);
     Response r = c.get({kSysUpTime});
     EXPECT_TRUE(r.timedOut);
@@ -91,7 +98,8 @@ TEST(HarnessClient, TimesOutWithoutAgent) {
 
 // --- Plain snmpd -------------------------------------------------------------
 
-TEST(HarnessAgent, GetSysUpTime) {
+TEST(HarnessAgent, GetSysUpTime)
+{
     Agent agent(bare());
     auto c = agent.client();
     Response r = c.get({kSysUpTime, "." + std::string(kSysDescr)});
@@ -104,7 +112,8 @@ TEST(HarnessAgent, GetSysUpTime) {
     EXPECT_FALSE(r.varbinds[1].octets.empty());
 }
 
-TEST(HarnessAgent, GetNextAndBulk) {
+TEST(HarnessAgent, GetNextAndBulk)
+{
     Agent agent(bare());
     auto c = agent.client();
 
@@ -132,7 +141,8 @@ TEST(HarnessAgent, GetNextAndBulk) {
     EXPECT_EQ(e.varbinds[0].type, SNMP_ENDOFMIBVIEW);
 }
 
-TEST(HarnessAgent, WalkSystemGroup) {
+TEST(HarnessAgent, WalkSystemGroup)
+{
     Agent agent(bare());
     auto c = agent.client();
     Response w = c.walkResponse(kSystemGroup);
@@ -149,7 +159,8 @@ TEST(HarnessAgent, WalkSystemGroup) {
     EXPECT_TRUE(c.walk("1.3.6.1.4.1.99999").empty());
 }
 
-TEST(HarnessAgent, SetReadOnlyAndWritable) {
+TEST(HarnessAgent, SetReadOnlyAndWritable)
+{
     Agent agent(bare());
     auto rw = agent.client("private");
     Response r = rw.set({SetValue::ofInteger(kSysUpTime, 5)});
@@ -172,7 +183,8 @@ TEST(HarnessAgent, SetReadOnlyAndWritable) {
     EXPECT_EQ(t.errorStatus, SNMP_ERR_WRONGTYPE) << t;
 }
 
-TEST(HarnessAgent, UnknownObjects) {
+TEST(HarnessAgent, UnknownObjects)
+{
     Agent agent(bare());
     auto c = agent.client();
     Response r = c.get({"1.3.6.1.2.1.1.99.0", "1.3.6.1.2.1.1.3.1", "1.3.6.1.4.1.99999.1.0"});
@@ -183,7 +195,8 @@ TEST(HarnessAgent, UnknownObjects) {
     EXPECT_EQ(r.varbinds[2].type, SNMP_NOSUCHOBJECT) << r;
 }
 
-TEST(HarnessAgent, EnvironmentFilesAndCommandLine) {
+TEST(HarnessAgent, EnvironmentFilesAndCommandLine)
+{
     AgentOptions o = bare();
     o.machineJson = "{\"a\": 1}\n";
     o.env = {{"ORV_FAMILY", "fam"}, {"PLATFLAGS", "x,y"}};
@@ -200,7 +213,8 @@ TEST(HarnessAgent, EnvironmentFilesAndCommandLine) {
     EXPECT_TRUE(contains(env, "MIBS="));
     EXPECT_TRUE(contains(env, "ORV_FAMILY=fam"));
     EXPECT_TRUE(contains(env, "PLATFLAGS=x,y"));
-    for (const auto& e : env) EXPECT_NE(e.rfind("LD_PRELOAD=", 0), 0u) << e;
+    for (const auto &e : env)
+        EXPECT_NE(e.rfind("LD_PRELOAD=", 0), 0u) << e;
 
     std::vector<std::string> argv = procList(agent.pid(), "cmdline");
     EXPECT_TRUE(contains(argv, "-f"));
@@ -223,7 +237,8 @@ TEST(HarnessAgent, EnvironmentFilesAndCommandLine) {
     EXPECT_TRUE(fs::exists(agent.dir() + "/persist"));
 }
 
-TEST(HarnessAgent, ClockMachineAndCallLogFiles) {
+TEST(HarnessAgent, ClockMachineAndCallLogFiles)
+{
     AgentOptions o = bare();
     o.machineJson = "{}";
     Agent agent(o);
@@ -255,7 +270,7 @@ TEST(HarnessAgent, ClockMachineAndCallLogFiles) {
 
     // The call log is written by the simulator; emulate it here.
     EXPECT_TRUE(agent.callLog().empty());
-    agent.clearCallLog();  // absent file: no error
+    agent.clearCallLog(); // absent file: no error
     {
         std::ofstream log(agent.dir() + "/calls.log", std::ios::app);
         log << "quel_dm_BindRow s/fans/status/fantbl\nquel_dm_Get s/a\nquel_dm_BindRow s/psu/x\n";
@@ -270,7 +285,8 @@ TEST(HarnessAgent, ClockMachineAndCallLogFiles) {
     EXPECT_TRUE(agent.callLog().empty());
 }
 
-TEST(HarnessAgent, MachineFromPath) {
+TEST(HarnessAgent, MachineFromPath)
+{
     std::string src = fs::temp_directory_path() / ("orv3-e2e-selftest-machine-" + std::to_string(::getpid()) + ".json");
     {
         std::ofstream(src) << "{\"from\": \"file\"}";
@@ -282,14 +298,15 @@ TEST(HarnessAgent, MachineFromPath) {
         EXPECT_EQ(readFileText(agent.machinePath()), "{\"from\": \"file\"}");
         agent.replaceMachine("{}");
     }
-    EXPECT_EQ(readFileText(src), "{\"from\": \"file\"}");  // the source is never modified
+    EXPECT_EQ(readFileText(src), "{\"from\": \"file\"}"); // the source is never modified
     fs::remove(src);
 
     o.machinePath = "/nonexistent/machine.json";
     EXPECT_THROW(Agent agent(o), std::runtime_error);
 }
 
-TEST(HarnessAgent, StopAndDirectoryCleanup) {
+TEST(HarnessAgent, StopAndDirectoryCleanup)
+{
     std::string dir;
     {
         Agent agent(bare());
@@ -302,28 +319,31 @@ TEST(HarnessAgent, StopAndDirectoryCleanup) {
         EXPECT_TRUE(WIFEXITED(agent.waitStatus())) << agent.waitStatus();
         EXPECT_TRUE(agent.waitForStdout("shutting down", std::chrono::milliseconds(10)));
         EXPECT_TRUE(agent.sanitizerFindings().empty());
-        agent.stop();  // idempotent
+        agent.stop(); // idempotent
         EXPECT_TRUE(fs::exists(dir));
     }
     EXPECT_FALSE(fs::exists(dir));
 }
 
-TEST(HarnessAgent, ReportsCrash) {
+TEST(HarnessAgent, ReportsCrash)
+{
     Agent agent(bare());
     ASSERT_EQ(::kill(agent.pid(), SIGSEGV), 0);
-    for (int i = 0; i < 300 && agent.running(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 300 && agent.running(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_NONFATAL_FAILURE(agent.stop(), "before the harness stopped it");
     EXPECT_TRUE(WIFSIGNALED(agent.waitStatus()));
 }
 
-TEST(HarnessAgent, StartFailureCarriesOutput) {
-    for (const char* exe : {"/bin/false", "/nonexistent/snmpd"}) {
+TEST(HarnessAgent, StartFailureCarriesOutput)
+{
+    for (const char *exe : {"/bin/false", "/nonexistent/snmpd"}) {
         AgentOptions o = bare();
         o.executable = exe;
         std::string message;
         try {
             Agent agent(o);
-        } catch (const std::runtime_error& e) {
+        } catch (const std::runtime_error &e) {
             message = e.what();
         }
         EXPECT_NE(message.find("exited with code"), std::string::npos) << message;
@@ -338,7 +358,8 @@ TEST(HarnessAgent, StartFailureCarriesOutput) {
     }
 }
 
-TEST(HarnessAgent, TwoAgentsAtOnce) {
+TEST(HarnessAgent, TwoAgentsAtOnce)
+{
     Agent a(bare()), b(bare());
     EXPECT_NE(a.port(), b.port());
     EXPECT_NE(a.dir(), b.dir());
@@ -346,13 +367,14 @@ TEST(HarnessAgent, TwoAgentsAtOnce) {
     EXPECT_TRUE(b.client().get({kSysUpTime}).ok());
 }
 
-TEST(HarnessAgent, ClientDoesNotWriteSystemState) {
+TEST(HarnessAgent, ClientDoesNotWriteSystemState)
+{
     // The client library must leave /var/lib/snmp as it found it (other
     // programs on the machine may well have written there before).
     auto snapshot = [] {
         std::vector<std::pair<std::string, long long>> entries;
         std::error_code ec;
-        for (const char* path : {"/var/lib/snmp", "/var/lib/snmp/cert_indexes", "/var/lib/snmp/mib_indexes"}) {
+        for (const char *path : {"/var/lib/snmp", "/var/lib/snmp/cert_indexes", "/var/lib/snmp/mib_indexes"}) {
             bool exists = fs::exists(path, ec);
             long long stamp = exists ? fs::last_write_time(path, ec).time_since_epoch().count() : -1;
             entries.emplace_back(path, stamp);
@@ -368,7 +390,7 @@ TEST(HarnessAgent, ClientDoesNotWriteSystemState) {
 
 // --- Sanitizer log scanning --------------------------------------------------
 
-const char* kLeakLog = R"(
+const char *kLeakLog = R"(
 =================================================================
 ==1234==ERROR: LeakSanitizer: detected memory leaks
 
@@ -388,7 +410,8 @@ Indirect leak of 8 byte(s) in 1 object(s) allocated from:
 SUMMARY: AddressSanitizer: 56 byte(s) leaked in 3 allocation(s).
 )";
 
-TEST(HarnessSanitizer, LeaksOnlyCountInOwnCode) {
+TEST(HarnessSanitizer, LeaksOnlyCountInOwnCode)
+{
     std::string f = extractSanitizerFailures(kLeakLog, {"liborv3_", "/src/repo/"});
     EXPECT_EQ(f.find("netsnmp_config"), std::string::npos) << f;
     EXPECT_NE(f.find("Direct leak of 16 byte(s)"), std::string::npos) << f;
@@ -398,7 +421,8 @@ TEST(HarnessSanitizer, LeaksOnlyCountInOwnCode) {
     EXPECT_TRUE(extractSanitizerFailures(kLeakLog, {"liborv3_nothing"}).empty());
 }
 
-TEST(HarnessSanitizer, AddressErrorsAndUndefinedBehaviourAlwaysCount) {
+TEST(HarnessSanitizer, AddressErrorsAndUndefinedBehaviourAlwaysCount)
+{
     const std::string asan = R"(==99==ERROR: AddressSanitizer: heap-buffer-overflow on address 0x6020 at pc 0x1
 READ of size 4 at 0x6020 thread T0
     #0 0x1 in snmpd_thing (/usr/sbin/snmpd+0x1)
@@ -422,5 +446,5 @@ SUMMARY: AddressSanitizer: heap-buffer-overflow (/usr/sbin/snmpd+0x1) in snmpd_t
     EXPECT_TRUE(extractSanitizerFailures("NET-SNMP version 5.9.3\nshutting down\n", {"liborv3_"}).empty());
 }
 
-}  // namespace
-}  // namespace orv3::test
+} // namespace
+} // namespace orv3::test

@@ -47,8 +47,8 @@ TEST(MachineEdits, ValueOfTheWrongKindIsReportedWithItsLine)
     agent.replaceMachine("{\n\"store\": {\"s/fans/status/fantbl\": [\n{\"index\": \"first\"}\n]}\n}\n");
     agent.setClock(kStartTime + 2);
     EXPECT_EQ(speedOf(agent, 3), "  5% of maximum");
-    EXPECT_TRUE(agent.waitForStderr(agent.machinePath() +
-                                    ":3: /store/s~1fans~1status~1fantbl/0/index: must be an integer"))
+    EXPECT_TRUE(
+        agent.waitForStderr(agent.machinePath() + ":3: /store/s~1fans~1status~1fantbl/0/index: must be an integer"))
         << agent.stderrText();
 }
 

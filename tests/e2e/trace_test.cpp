@@ -36,9 +36,9 @@ TEST(Traces, RowCountNamesTheCountAndTheLastLoad)
 {
     Agent agent(fanAgent(machineWithFans(kThreeFans), "trace,fanTable"));
     agent.client().get({kFanNumber});
-    EXPECT_TRUE(contains(agent.stdoutText(),
-                         traced("fanTable_get_row_count", "fanTable_local.cpp", "fanTable",
-                                R"(fanTable_get_row_count curRowCount=3, gFanTableLastRowCount=0\n)")));
+    EXPECT_TRUE(
+        contains(agent.stdoutText(), traced("fanTable_get_row_count", "fanTable_local.cpp", "fanTable",
+                                            R"(fanTable_get_row_count curRowCount=3, gFanTableLastRowCount=0\n)")));
 
     agent.client().walk(kFanTable);
     agent.client().get({kFanNumber});

@@ -47,7 +47,8 @@ TEST(MachineFile, SyntaxErrorNamesFileAndLine)
 
 TEST(MachineFile, WrongKindOfValueNamesItsLine)
 {
-    std::string error = errorOf("{\n  \"store\": {\n    \"s/fans/status/fantbl\": [\n      {\"index\": \"one\"}\n    ]\n  }\n}\n");
+    std::string error =
+        errorOf("{\n  \"store\": {\n    \"s/fans/status/fantbl\": [\n      {\"index\": \"one\"}\n    ]\n  }\n}\n");
     EXPECT_EQ(error, "m.json:4: /store/s~1fans~1status~1fantbl/0/index: must be an integer");
 }
 
@@ -96,8 +97,7 @@ TEST_F(MachineFileOnDisk, MissingFileIsAClearErrorNamingIt)
         source.loadOrThrow();
         FAIL() << "expected an error";
     } catch (const MachineFileError &error) {
-        EXPECT_EQ(std::string(error.what()),
-                  path + ": cannot read the machine description: No such file or directory");
+        EXPECT_EQ(std::string(error.what()), path + ": cannot read the machine description: No such file or directory");
     }
 }
 

@@ -280,11 +280,11 @@ TEST(PlatformLayout, PowerRecords)
     const uint16_t a = sample->reading_a, c = sample->reading_c, bb = sample->reading_b;
     EXPECT_EQ(n, 17);
     EXPECT_EQ(t, 1700000000u);
-    EXPECT_EQ(d, 100); // offset 8
-    EXPECT_EQ(f, 101); // offset 10
-    EXPECT_EQ(e, 102); // offset 12
-    EXPECT_EQ(a, 103); // offset 14
-    EXPECT_EQ(c, 104); // offset 16
+    EXPECT_EQ(d, 100);  // offset 8
+    EXPECT_EQ(f, 101);  // offset 10
+    EXPECT_EQ(e, 102);  // offset 12
+    EXPECT_EQ(a, 103);  // offset 14
+    EXPECT_EQ(c, 104);  // offset 16
     EXPECT_EQ(bb, 105); // offset 18
 }
 

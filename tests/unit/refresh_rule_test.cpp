@@ -5,8 +5,8 @@
 
 #include <climits>
 
-using orv3::RefreshRule;
 using orv3::refreshDue;
+using orv3::RefreshRule;
 
 TEST(FixedPeriodRule, FirstRequestAfterStartAlwaysLoads)
 {

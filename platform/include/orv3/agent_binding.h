@@ -25,30 +25,30 @@ typedef int32_t (*agent_binding_set_fn_t)(agent_binding_scalar_t *rec, struct va
  * ends with a record whose name is null. All fields are 32-bit words or
  * pointers except `requester`. */
 struct agent_binding_scalar {
-    const unsigned long *oid;    /* net-snmp `oid` arcs, instance arc 0 last */
-    uint32_t oid_len;            /* arcs */
-    const char *name;            /* MIB object name; null ends the array */
-    uint32_t asn_type;           /* ASN.1 tag of the answer, low byte */
-    void *vb_value;              /* varbind-side value buffer */
-    uint32_t *vb_size;           /* its length */
-    void *mib_value;             /* served value buffer */
-    uint32_t *mib_cursize;       /* served value's current length */
-    uint32_t mib_maxsize;        /* capacity of mib_value */
-    const char *store_var;       /* data-store variable path */
-    int32_t store_type;          /* QUEL_DM_TYPE_INT or QUEL_DM_TYPE_STRING */
-    int32_t reserved;            /* 0 */
-    uint32_t store_size;         /* store value size */
-    const char *user_var;        /* written with the requester's name, or null */
-    char requester[64];          /* who writes: "SNMPv1" */
+    const unsigned long *oid;                /* net-snmp `oid` arcs, instance arc 0 last */
+    uint32_t oid_len;                        /* arcs */
+    const char *name;                        /* MIB object name; null ends the array */
+    uint32_t asn_type;                       /* ASN.1 tag of the answer, low byte */
+    void *vb_value;                          /* varbind-side value buffer */
+    uint32_t *vb_size;                       /* its length */
+    void *mib_value;                         /* served value buffer */
+    uint32_t *mib_cursize;                   /* served value's current length */
+    uint32_t mib_maxsize;                    /* capacity of mib_value */
+    const char *store_var;                   /* data-store variable path */
+    int32_t store_type;                      /* QUEL_DM_TYPE_INT or QUEL_DM_TYPE_STRING */
+    int32_t reserved;                        /* 0 */
+    uint32_t store_size;                     /* store value size */
+    const char *user_var;                    /* written with the requester's name, or null */
+    char requester[64];                      /* who writes: "SNMPv1" */
     agent_binding_get_fn_t get_fn;           /* read override, or null */
     agent_binding_validate_fn_t validate_fn; /* RESERVE1 check, or null */
     agent_binding_set_fn_t set_fn;           /* write override, or null */
-    int32_t reserved2;           /* 0 */
+    int32_t reserved2;                       /* 0 */
 };
 
 /* Offsets for pointers of `p` bytes aligned to their size: p = 4 gives the
  * controller's layout (136 bytes), p = sizeof(void *) the host's. */
-#define AGENT_BINDING_ALIGN(p, off) ((((off) + (p) - 1) / (p)) * (p))
+#define AGENT_BINDING_ALIGN(p, off) ((((off) + (p)-1) / (p)) * (p))
 #define AGENT_BINDING_OFF_OID(p) 0
 #define AGENT_BINDING_OFF_OID_LEN(p) (AGENT_BINDING_OFF_OID(p) + (p))
 #define AGENT_BINDING_OFF_NAME(p) AGENT_BINDING_ALIGN(p, AGENT_BINDING_OFF_OID_LEN(p) + 4)
@@ -84,22 +84,35 @@ ORV3_STATIC_ASSERT(AGENT_BINDING_SCALAR_SIZE(4) == 136, "controller: 136 bytes")
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, oid) == AGENT_BINDING_OFF_OID(AGENT_BINDING_P), "oid");
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, oid_len) == AGENT_BINDING_OFF_OID_LEN(AGENT_BINDING_P), "oid_len");
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, name) == AGENT_BINDING_OFF_NAME(AGENT_BINDING_P), "name");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, asn_type) == AGENT_BINDING_OFF_ASN_TYPE(AGENT_BINDING_P), "asn_type");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, vb_value) == AGENT_BINDING_OFF_VB_VALUE(AGENT_BINDING_P), "vb_value");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, asn_type) == AGENT_BINDING_OFF_ASN_TYPE(AGENT_BINDING_P),
+                   "asn_type");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, vb_value) == AGENT_BINDING_OFF_VB_VALUE(AGENT_BINDING_P),
+                   "vb_value");
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, vb_size) == AGENT_BINDING_OFF_VB_SIZE(AGENT_BINDING_P), "vb_size");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_value) == AGENT_BINDING_OFF_MIB_VALUE(AGENT_BINDING_P), "mib_value");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_cursize) == AGENT_BINDING_OFF_MIB_CURSIZE(AGENT_BINDING_P), "mib_cursize");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_maxsize) == AGENT_BINDING_OFF_MIB_MAXSIZE(AGENT_BINDING_P), "mib_maxsize");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_var) == AGENT_BINDING_OFF_STORE_VAR(AGENT_BINDING_P), "store_var");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_type) == AGENT_BINDING_OFF_STORE_TYPE(AGENT_BINDING_P), "store_type");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, reserved) == AGENT_BINDING_OFF_RESERVED(AGENT_BINDING_P), "reserved");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_size) == AGENT_BINDING_OFF_STORE_SIZE(AGENT_BINDING_P), "store_size");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, user_var) == AGENT_BINDING_OFF_USER_VAR(AGENT_BINDING_P), "user_var");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, requester) == AGENT_BINDING_OFF_REQUESTER(AGENT_BINDING_P), "requester");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_value) == AGENT_BINDING_OFF_MIB_VALUE(AGENT_BINDING_P),
+                   "mib_value");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_cursize) == AGENT_BINDING_OFF_MIB_CURSIZE(AGENT_BINDING_P),
+                   "mib_cursize");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, mib_maxsize) == AGENT_BINDING_OFF_MIB_MAXSIZE(AGENT_BINDING_P),
+                   "mib_maxsize");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_var) == AGENT_BINDING_OFF_STORE_VAR(AGENT_BINDING_P),
+                   "store_var");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_type) == AGENT_BINDING_OFF_STORE_TYPE(AGENT_BINDING_P),
+                   "store_type");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, reserved) == AGENT_BINDING_OFF_RESERVED(AGENT_BINDING_P),
+                   "reserved");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, store_size) == AGENT_BINDING_OFF_STORE_SIZE(AGENT_BINDING_P),
+                   "store_size");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, user_var) == AGENT_BINDING_OFF_USER_VAR(AGENT_BINDING_P),
+                   "user_var");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, requester) == AGENT_BINDING_OFF_REQUESTER(AGENT_BINDING_P),
+                   "requester");
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, get_fn) == AGENT_BINDING_OFF_GET_FN(AGENT_BINDING_P), "get_fn");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, validate_fn) == AGENT_BINDING_OFF_VALIDATE_FN(AGENT_BINDING_P), "validate_fn");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, validate_fn) == AGENT_BINDING_OFF_VALIDATE_FN(AGENT_BINDING_P),
+                   "validate_fn");
 ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, set_fn) == AGENT_BINDING_OFF_SET_FN(AGENT_BINDING_P), "set_fn");
-ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, reserved2) == AGENT_BINDING_OFF_RESERVED2(AGENT_BINDING_P), "reserved2");
+ORV3_STATIC_ASSERT(offsetof(agent_binding_scalar_t, reserved2) == AGENT_BINDING_OFF_RESERVED2(AGENT_BINDING_P),
+                   "reserved2");
 ORV3_STATIC_ASSERT(sizeof(agent_binding_scalar_t) == AGENT_BINDING_SCALAR_SIZE(AGENT_BINDING_P), "record size");
 #undef AGENT_BINDING_P
 
@@ -116,8 +129,8 @@ int32_t update_TIRO_from_varbind_v3(const char *token, agent_binding_scalar_t *r
 /* Read one string variable into `buffer` (NUL-terminated, at most `size`
  * bytes). Callers pass -1, g_coHandle, 0, 0 and judge the outcome by the
  * status word alone (0 = success); the result carries nothing more. */
-int32_t GetVarValueSTRING(int32_t transaction, quel_dm_co_t co, int32_t a, int32_t b, const char *path,
-                          int32_t *status, char *buffer, int32_t size);
+int32_t GetVarValueSTRING(int32_t transaction, quel_dm_co_t co, int32_t a, int32_t b, const char *path, int32_t *status,
+                          char *buffer, int32_t size);
 
 /* Static texts for traces. */
 const char *getHandlerStateName(int32_t state);

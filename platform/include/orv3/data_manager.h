@@ -56,14 +56,13 @@ int32_t quel_dm_GetFirstRow(quel_dm_binding_t handle, quel_dm_co_t co, int32_t a
 /* Nonzero at the end of the rows and on error alike. */
 int32_t quel_dm_GetNextRow(quel_dm_binding_t handle, quel_dm_co_t co, int32_t a, int32_t b, int32_t *status);
 int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status);
-int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t co, int32_t a, int32_t b, int32_t *count,
-                            int32_t *status);
+int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t co, int32_t a, int32_t b, int32_t *count, int32_t *status);
 const char *quel_dm_GetVarListErrorStr(int32_t status);
 
 /* Variable lists, validation, update and namespace locks (settable groups).
  * `namespaces` is a null-terminated array of namespace paths. */
-int32_t quel_dm_GetVars(const char *list_name, quel_dm_co_t co, int32_t a, int32_t b,
-                        const char *const *namespaces, quel_dm_varlist_t *list, int32_t *status);
+int32_t quel_dm_GetVars(const char *list_name, quel_dm_co_t co, int32_t a, int32_t b, const char *const *namespaces,
+                        quel_dm_varlist_t *list, int32_t *status);
 int32_t quel_dm_GetUpdatableVars(const char *list_name, quel_dm_co_t co, int32_t a, int32_t b,
                                  const char *const *namespaces, quel_dm_varlist_t *list, int32_t *status);
 int32_t quel_dm_ValidateVars(quel_dm_varlist_t list, quel_dm_co_t co, int32_t a, int32_t b, int32_t *status);

@@ -25,9 +25,9 @@ enum { EVENT_DB_ACTIVE_EVENT_SIZE = 5676 };
  * severity is little-endian and unaligned. */
 typedef struct event_db_active_event {
     uint8_t reserved_0[2212];
-    int32_t enumLogServ;   /* 2212: EVENT_DB_SEVERITY_* */
+    int32_t enumLogServ; /* 2212: EVENT_DB_SEVERITY_* */
     uint8_t reserved_2216[2342];
-    char message[1118];    /* 4558: NUL-terminated message text */
+    char message[1118]; /* 4558: NUL-terminated message text */
 } event_db_active_event_t;
 #pragma pack(pop)
 

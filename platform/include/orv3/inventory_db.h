@@ -67,14 +67,14 @@ enum {
  * capacities and count are passed through by callers uninterpreted. */
 typedef struct inventory_db_memory {
     uint8_t reserved_0[24];
-    uint16_t speed1;         /* 24: MHz */
-    uint16_t speed2;         /* 26: MHz */
-    char text1[65];          /* 28 */
-    char text2[65];          /* 93 */
-    char text3[65];          /* 158 */
-    char text4[65];          /* 223 */
+    uint16_t speed1; /* 24: MHz */
+    uint16_t speed2; /* 26: MHz */
+    char text1[65];  /* 28 */
+    char text2[65];  /* 93 */
+    char text3[65];  /* 158 */
+    char text4[65];  /* 223 */
     uint8_t reserved_288[65];
-    char text5[65];          /* 353 */
+    char text5[65]; /* 353 */
     uint8_t reserved_418[6];
     uint64_t capacity1;      /* 424: bytes */
     uint64_t capacity2;      /* 432 */
@@ -87,18 +87,18 @@ typedef struct inventory_db_memory {
     uint32_t security_state; /* 480: for bps_format_security_str */
     uint8_t health_state;    /* 484: for bps_format_hstate_str */
     uint8_t reserved_485[12];
-    uint8_t extra_kind;      /* 497: INVENTORY_DB_EXTRA_* */
+    uint8_t extra_kind; /* 497: INVENTORY_DB_EXTRA_* */
     uint8_t reserved_498[18];
-    char text6[65];          /* 516 */
-    char text7[65];          /* 581 */
+    char text6[65]; /* 516 */
+    char text7[65]; /* 581 */
     uint8_t reserved_646[10];
 } inventory_db_memory_t;
 
 /* PCI adapter (element of orvdb_get_pci_adapter_list's array). */
 typedef struct inventory_db_adapter {
-    uint32_t adapterKey;       /* 0: key for orvdb_get_pci_funkey_list */
-    uint16_t adapterNumber;    /* 4 */
-    uint16_t slotNo;           /* 6: PCI slot, or on-board instance */
+    uint32_t adapterKey;    /* 0: key for orvdb_get_pci_funkey_list */
+    uint16_t adapterNumber; /* 4 */
+    uint16_t slotNo;        /* 6: PCI slot, or on-board instance */
     uint8_t reserved_8[2];
     char cardInterface[65];    /* 10 */
     char adapterProdName[129]; /* 75 */
@@ -110,22 +110,22 @@ typedef struct inventory_db_adapter {
 /* PCI generic information of a function (orvdb_get_pci_generic_info). */
 typedef struct inventory_db_pci_info {
     uint8_t reserved_0[9];
-    uint8_t bus;                  /* 9 */
-    uint8_t device;               /* 10 */
-    uint8_t function;             /* 11 */
-    uint16_t vendor_id;           /* 12 */
-    uint16_t device_id;           /* 14 */
+    uint8_t bus;        /* 9 */
+    uint8_t device;     /* 10 */
+    uint8_t function;   /* 11 */
+    uint16_t vendor_id; /* 12 */
+    uint16_t device_id; /* 14 */
     uint8_t reserved_16[4];
-    uint8_t revision_id;          /* 20 */
+    uint8_t revision_id; /* 20 */
     uint8_t reserved_21[1];
     uint16_t subsystem_vendor_id; /* 22 */
     uint16_t subsystem_device_id; /* 24 */
     uint8_t reserved_26[3];
-    char slot_designation[65];    /* 29 */
+    char slot_designation[65]; /* 29 */
     uint8_t reserved_94[2];
-    uint8_t hot_plug;             /* 96: hot-plug support */
+    uint8_t hot_plug; /* 96: hot-plug support */
     uint8_t reserved_97[3];
-    uint32_t func_type;           /* 100: INVENTORY_DB_FUNC_* */
+    uint32_t func_type; /* 100: INVENTORY_DB_FUNC_* */
     uint8_t reserved_104[4];
 } inventory_db_pci_info_t;
 
@@ -142,11 +142,11 @@ typedef struct inventory_db_pci_vpd {
 
 /* PCI miscellaneous information of a function (orvdb_get_pci_misc_info). */
 typedef struct inventory_db_pci_misc {
-    char fod_uid[33];        /* 0: feature-on-demand unique identifier */
+    char fod_uid[33]; /* 0: feature-on-demand unique identifier */
     uint8_t reserved_33[1];
     uint16_t max_data_width; /* 34 */
     uint8_t reserved_36[69];
-    char package_type[65];   /* 105 */
+    char package_type[65]; /* 105 */
     uint8_t reserved_170[2];
 } inventory_db_pci_misc_t;
 
@@ -180,13 +180,13 @@ typedef struct inventory_db_physical_port {
 
 /* Logical network port (element of a logical-port list). */
 typedef struct inventory_db_logical_port {
-    uint32_t max_data_size;          /* 0 */
-    char permanent_address[65];      /* 4 */
-    char network_address[65];        /* 69 */
-    uint16_t physical_port_number;   /* 134 */
-    uint16_t port_number;            /* 136 */
+    uint32_t max_data_size;        /* 0 */
+    char permanent_address[65];    /* 4 */
+    char network_address[65];      /* 69 */
+    uint16_t physical_port_number; /* 134 */
+    uint16_t port_number;          /* 136 */
     uint8_t reserved_138[6];
-    uint64_t max_speed;              /* 144: bit/s */
+    uint64_t max_speed; /* 144: bit/s */
     uint8_t reserved_152[2];
     uint8_t protocol_ethernet;       /* 154 */
     uint8_t protocol_fcoe_fc;        /* 155 */
@@ -194,12 +194,12 @@ typedef struct inventory_db_logical_port {
     char fcoe_permanent_address[17]; /* 157 */
     char fcoe_network_address[17];   /* 174 */
     uint8_t reserved_191[5];
-    uint32_t target_relative_port;   /* 196 */
-    char link_technology[65];        /* 200 */
-    char vnic_mode[65];              /* 265 */
-    char protocol_type[65];          /* 330 */
-    char connection_type[65];        /* 395 */
-    char role[65];                   /* 460 */
+    uint32_t target_relative_port; /* 196 */
+    char link_technology[65];      /* 200 */
+    char vnic_mode[65];            /* 265 */
+    char protocol_type[65];        /* 330 */
+    char connection_type[65];      /* 395 */
+    char role[65];                 /* 460 */
     uint8_t reserved_525[3];
 } inventory_db_logical_port_t;
 
@@ -213,22 +213,22 @@ typedef struct inventory_db_gpu_device {
 
 /* GPU chip (element of a chip list). */
 typedef struct inventory_db_gpu_chip {
-    char chip_name[33];       /* 0 */
-    char manufacturer[17];    /* 33 */
-    char model[17];           /* 50 */
-    char part_number[17];     /* 67 */
-    char fru_number[17];      /* 84 */
-    char serial_number[17];   /* 101 */
-    char family[33];          /* 118 */
-    char unique_id[17];       /* 151 */
-    char form_factor[65];     /* 168 */
+    char chip_name[33];     /* 0 */
+    char manufacturer[17];  /* 33 */
+    char model[17];         /* 50 */
+    char part_number[17];   /* 67 */
+    char fru_number[17];    /* 84 */
+    char serial_number[17]; /* 101 */
+    char family[33];        /* 118 */
+    char unique_id[17];     /* 151 */
+    char form_factor[65];   /* 168 */
     uint8_t reserved_233[1];
-    uint8_t chip_number;      /* 234 */
-    uint8_t cores_enabled;    /* 235 */
-    uint32_t ext_bus_clock;   /* 236 */
-    uint32_t max_clock;       /* 240 */
-    uint16_t address_width;   /* 244 */
-    uint16_t data_width;      /* 246 */
+    uint8_t chip_number;    /* 234 */
+    uint8_t cores_enabled;  /* 235 */
+    uint32_t ext_bus_clock; /* 236 */
+    uint32_t max_clock;     /* 240 */
+    uint16_t address_width; /* 244 */
+    uint16_t data_width;    /* 246 */
 } inventory_db_gpu_chip_t;
 
 #pragma pack(pop)

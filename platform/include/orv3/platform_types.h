@@ -24,6 +24,6 @@
 
 /* Size of a record that holds `words` 32-bit words and `pointers` pointers:
  * all 32-bit on the controller, wider pointers on a 64-bit host. */
-#define ORV3_RECORD_SIZE(words, pointers) ((words) * 4 + (pointers) * sizeof(void *))
+#define ORV3_RECORD_SIZE(words, pointers) ((words)*4 + (pointers) * sizeof(void *))
 
 #endif

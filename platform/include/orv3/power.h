@@ -18,8 +18,8 @@ enum {
 
 /* History selectors and size. */
 enum {
-    SYS_PWR_DOMAIN = 0,         /* the system power domain */
-    LAST_HOUR_24 = 3,           /* the last 24 hours */
+    SYS_PWR_DOMAIN = 0, /* the system power domain */
+    LAST_HOUR_24 = 3,   /* the last 24 hours */
     POWER_HISTORY_SAMPLES = 120,
 };
 
@@ -34,11 +34,11 @@ enum {
 #pragma pack(push, 1)
 /* Power-policy setting. 16-bit fields are little-endian and unaligned. */
 typedef struct power_policy_setting {
-    uint8_t blade_family;          /* 0: nonzero = no per-mode power information */
-    uint8_t redundancy_mode;       /* 1: POWER_MODE_* in force */
+    uint8_t blade_family;    /* 0: nonzero = no per-mode power information */
+    uint8_t redundancy_mode; /* 1: POWER_MODE_* in force */
     uint8_t reserved_2[1];
-    uint8_t capping_policy;        /* 3: power-capping policy setting, 0 or 1 */
-    uint8_t cap_domain;            /* 4: 0 or 1 */
+    uint8_t capping_policy; /* 3: power-capping policy setting, 0 or 1 */
+    uint8_t cap_domain;     /* 4: 0 or 1 */
     uint8_t reserved_5[1];
     uint16_t current_cap;          /* 6: current static cap */
     uint16_t soft_min_cap_domain0; /* 8 */
@@ -53,9 +53,9 @@ typedef struct power_policy_setting {
 /* Real-time power readings; 16-bit little-endian. */
 typedef struct power_realtime {
     uint8_t reserved_0[10];
-    uint16_t total;   /* 10: total power in use */
-    uint16_t cpu;     /* 12: processor power */
-    uint16_t memory;  /* 14: memory power */
+    uint16_t total;  /* 10: total power in use */
+    uint16_t cpu;    /* 12: processor power */
+    uint16_t memory; /* 14: memory power */
     uint8_t reserved_16[4];
 } power_realtime_t;
 
@@ -64,13 +64,13 @@ typedef struct power_realtime {
 typedef struct power_history_sample {
     uint16_t sample_number; /* 0 */
     uint8_t reserved_2[2];
-    uint32_t timestamp;     /* 4: seconds since the epoch; 0 ends the list */
-    uint16_t reading_d;     /* 8 */
-    uint16_t reading_f;     /* 10 */
-    uint16_t reading_e;     /* 12 */
-    uint16_t reading_a;     /* 14 */
-    uint16_t reading_c;     /* 16 */
-    uint16_t reading_b;     /* 18 */
+    uint32_t timestamp; /* 4: seconds since the epoch; 0 ends the list */
+    uint16_t reading_d; /* 8 */
+    uint16_t reading_f; /* 10 */
+    uint16_t reading_e; /* 12 */
+    uint16_t reading_a; /* 14 */
+    uint16_t reading_c; /* 16 */
+    uint16_t reading_b; /* 18 */
 } power_history_sample_t;
 #pragma pack(pop)
 
@@ -110,16 +110,14 @@ int32_t pwrmgt_get_power_policy_setting(power_policy_setting_t *setting);
 
 /* Power figures of one redundancy mode: the system power, the mode's maximum
  * limit and a one-byte count. Nonzero on failure. */
-int32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t *system_power, uint32_t *max_limit,
-                                          uint8_t *count);
+int32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t *system_power, uint32_t *max_limit, uint8_t *count);
 
 /* A result of exactly 1 is failure; any other result leaves `powers` usable. */
 int32_t pwrmgt_get_realtime_powers(power_realtime_t *powers);
 
 /* Fills `count` samples in the caller's array; callers pass SYS_PWR_DOMAIN,
  * LAST_HOUR_24 and POWER_HISTORY_SAMPLES. Nonzero on failure. */
-int32_t pwrmgt_get_history_power(uint32_t domain, uint32_t period, power_history_sample_t *samples,
-                                 uint32_t count);
+int32_t pwrmgt_get_history_power(uint32_t domain, uint32_t period, power_history_sample_t *samples, uint32_t count);
 
 /* Restore settings. Callers pass a zeroed 4-byte work buffer, `length` 4 for
  * the policy or 2 for the delay, `instance` 0, and a zeroed response buffer of

@@ -74,52 +74,52 @@ typedef struct raid_link_ctrl_list {
 
 /* Controller hardware (raidlink_get_ctrl_hw_info); caller sets ctrl_id. */
 typedef struct raid_link_ctrl_hw {
-    char text_0[33];                    /* 0 */
-    char product_name[129];             /* 33 */
-    char text_162[33];                  /* 162 */
-    char text_195[17];                  /* 195 */
-    char text_212[33];                  /* 212 */
-    char text_245[33];                  /* 245 */
-    char text_278[17];                  /* 278 */
-    char text_295[17];                  /* 295 */
+    char text_0[33];        /* 0 */
+    char product_name[129]; /* 33 */
+    char text_162[33];      /* 162 */
+    char text_195[17];      /* 195 */
+    char text_212[33];      /* 212 */
+    char text_245[33];      /* 245 */
+    char text_278[17];      /* 278 */
+    char text_295[17];      /* 295 */
     uint8_t reserved_312[2];
-    uint16_t pci_id_314;                /* 314 */
+    uint16_t pci_id_314; /* 314 */
     uint8_t reserved_316[2];
-    uint16_t pci_id_318;                /* 318 */
-    uint8_t slot_number;                /* 320: PCI slot */
-    uint8_t byte_321;                   /* 321 */
-    uint8_t byte_322;                   /* 322 */
-    uint8_t byte_323;                   /* 323 */
-    uint8_t battery_present;            /* 324: 1 = present */
-    char battery_text_325[129];         /* 325 */
-    char battery_text_454[17];          /* 454 */
-    char battery_text_471[33];          /* 471 */
-    char battery_text_504[33];          /* 504 */
-    char battery_text_537[17];          /* 537 */
+    uint16_t pci_id_318;        /* 318 */
+    uint8_t slot_number;        /* 320: PCI slot */
+    uint8_t byte_321;           /* 321 */
+    uint8_t byte_322;           /* 322 */
+    uint8_t byte_323;           /* 323 */
+    uint8_t battery_present;    /* 324: 1 = present */
+    char battery_text_325[129]; /* 325 */
+    char battery_text_454[17];  /* 454 */
+    char battery_text_471[33];  /* 471 */
+    char battery_text_504[33];  /* 504 */
+    char battery_text_537[17];  /* 537 */
     uint8_t reserved_554[2];
-    uint32_t battery_type;              /* 556: battery type code */
-    uint8_t battery_energy_flag;        /* 560: energy-based (type 5) */
+    uint32_t battery_type;       /* 556: battery type code */
+    uint8_t battery_energy_flag; /* 560: energy-based (type 5) */
     uint8_t reserved_561[1];
-    uint16_t battery_energy;            /* 562 */
-    uint16_t battery_remaining;         /* 564: remaining capacity */
-    uint16_t battery_full;              /* 566: full capacity */
-    uint16_t battery_voltage_568;       /* 568: mV */
-    uint16_t battery_voltage_570;       /* 570: mV */
-    int16_t battery_current;            /* 572: mA */
-    uint16_t battery_temperature;       /* 574 */
-    uint32_t battery_status;            /* 576: battery status code */
-    uint32_t cache_module_status;       /* 580: cache module status code */
-    char text_584[33];                  /* 584 */
+    uint16_t battery_energy;      /* 562 */
+    uint16_t battery_remaining;   /* 564: remaining capacity */
+    uint16_t battery_full;        /* 566: full capacity */
+    uint16_t battery_voltage_568; /* 568: mV */
+    uint16_t battery_voltage_570; /* 570: mV */
+    int16_t battery_current;      /* 572: mA */
+    uint16_t battery_temperature; /* 574 */
+    uint32_t battery_status;      /* 576: battery status code */
+    uint32_t cache_module_status; /* 580: cache module status code */
+    char text_584[33];            /* 584 */
     uint8_t reserved_617[3];
-    uint64_t cache_size_mb;             /* 620 */
+    uint64_t cache_size_mb; /* 620 */
     uint8_t reserved_628[36];
-    char text_664[129];                 /* 664 */
+    char text_664[129]; /* 664 */
     uint8_t reserved_793[8];
-    uint32_t value_801;                 /* 801 */
+    uint32_t value_801; /* 801 */
     uint8_t reserved_805[6];
-    uint32_t zel_flag;                  /* 811: 1 = set */
-    uint32_t flag_815;                  /* 815 */
-    uint32_t ctrl_id;                   /* 819: controller identifier */
+    uint32_t zel_flag; /* 811: 1 = set */
+    uint32_t flag_815; /* 815 */
+    uint32_t ctrl_id;  /* 819: controller identifier */
 } raid_link_ctrl_hw_t;
 
 /* One firmware component of a controller or a drive. */
@@ -150,7 +150,7 @@ typedef struct raid_link_port {
 /* Controller ports (raidlink_get_ctrl_port_info): 194 bytes of data followed
  * by the controller identifier, which the caller sets. */
 typedef struct raid_link_ctrl_port {
-    uint8_t count;                               /* 0 */
+    uint8_t count; /* 0 */
     uint8_t reserved_1[1];
     raid_link_port_t ports[RAID_LINK_MAX_PORTS]; /* 2 + 12 * i */
     uint32_t ctrl_id;                            /* 194 */
@@ -158,73 +158,73 @@ typedef struct raid_link_ctrl_port {
 
 /* Storage pools of a controller (raidlink_get_array_list). */
 typedef struct raid_link_array_list {
-    uint16_t count;                            /* 0 */
-    uint32_t array_ids[RAID_LINK_MAX_ARRAYS];  /* 2 */
-    uint32_t ctrl_id;                          /* 1026 */
+    uint16_t count;                           /* 0 */
+    uint32_t array_ids[RAID_LINK_MAX_ARRAYS]; /* 2 */
+    uint32_t ctrl_id;                         /* 1026 */
 } raid_link_array_list_t;
 
 /* Drives of a controller (raidlink_get_ctrl_disk_list). */
 typedef struct raid_link_ctrl_disk_list {
-    uint16_t count;                               /* 0 */
-    uint32_t disk_ids[RAID_LINK_MAX_CTRL_DISKS];  /* 2 */
-    uint32_t ctrl_id;                             /* 1538 */
+    uint16_t count;                              /* 0 */
+    uint32_t disk_ids[RAID_LINK_MAX_CTRL_DISKS]; /* 2 */
+    uint32_t ctrl_id;                            /* 1538 */
     uint8_t reserved_1542[2];
 } raid_link_ctrl_disk_list_t;
 
 /* Drive hardware (raidlink_get_disk_hw_info); caller sets disk_id. */
 typedef struct raid_link_disk_hw {
     uint8_t reserved_0[33];
-    char text_33[129];          /* 33 */
-    char text_162[33];          /* 162 */
-    char text_195[17];          /* 195 */
-    char text_212[33];          /* 212 */
-    char text_245[33];          /* 245 */
+    char text_33[129]; /* 33 */
+    char text_162[33]; /* 162 */
+    char text_195[17]; /* 195 */
+    char text_212[33]; /* 212 */
+    char text_245[33]; /* 245 */
     uint8_t reserved_278[33];
-    char text_311[33];          /* 311 */
-    char text_344[33];          /* 344 */
+    char text_311[33]; /* 311 */
+    char text_344[33]; /* 344 */
     uint8_t reserved_377[33];
-    uint8_t flags;              /* 410: bits 0 and 2 are published */
-    uint16_t number_411;        /* 411 */
-    uint16_t id_413;            /* 413 */
+    uint8_t flags;       /* 410: bits 0 and 2 are published */
+    uint16_t number_411; /* 411 */
+    uint16_t id_413;     /* 413 */
     uint8_t reserved_415[4];
-    uint32_t speed;             /* 419: speed code */
+    uint32_t speed; /* 419: speed code */
     uint8_t reserved_423[4];
-    uint16_t block_size;        /* 427 */
-    uint64_t block_count;       /* 429 */
+    uint16_t block_size;  /* 427 */
+    uint64_t block_count; /* 429 */
     uint8_t reserved_437[1];
-    uint16_t drive_number;      /* 438 */
+    uint16_t drive_number; /* 438 */
     uint8_t reserved_440[2];
-    uint32_t media_type;        /* 442: RAID_LINK_MEDIA_* */
-    uint32_t interface_type;    /* 446 */
-    uint16_t temperature;       /* 450 */
-    uint32_t state;             /* 452: drive state code */
-    uint32_t health;            /* 456: health code */
-    uint32_t zel_flag;          /* 460: 1 = set */
+    uint32_t media_type;     /* 442: RAID_LINK_MEDIA_* */
+    uint32_t interface_type; /* 446 */
+    uint16_t temperature;    /* 450 */
+    uint32_t state;          /* 452: drive state code */
+    uint32_t health;         /* 456: health code */
+    uint32_t zel_flag;       /* 460: 1 = set */
     uint8_t reserved_464[65];
-    uint8_t foreign;            /* 529 */
-    uint8_t dedicated_spare;    /* 530 */
-    uint32_t ready_to_remove;   /* 531 */
-    int32_t rotation_speed;     /* 535: RAID_LINK_ROTATION_UNKNOWN when not known */
-    uint32_t counter_539;       /* 539 */
-    uint32_t counter_543;       /* 543 */
-    uint32_t counter_547;       /* 547 */
-    uint8_t remaining_life;     /* 551: percent, solid-state drives */
+    uint8_t foreign;          /* 529 */
+    uint8_t dedicated_spare;  /* 530 */
+    uint32_t ready_to_remove; /* 531 */
+    int32_t rotation_speed;   /* 535: RAID_LINK_ROTATION_UNKNOWN when not known */
+    uint32_t counter_539;     /* 539 */
+    uint32_t counter_543;     /* 543 */
+    uint32_t counter_547;     /* 547 */
+    uint8_t remaining_life;   /* 551: percent, solid-state drives */
     uint8_t reserved_552[8];
-    uint32_t disk_id;           /* 560: drive identifier */
+    uint32_t disk_id; /* 560: drive identifier */
 } raid_link_disk_hw_t;
 
 /* Storage pool (raidlink_get_array_info): 98 bytes of data followed by the
  * pool identifier, which the caller sets. */
 typedef struct raid_link_array {
-    uint32_t pool_number;      /* 0 */
+    uint32_t pool_number; /* 0 */
     uint8_t reserved_4[2];
-    uint8_t raid_level_part1;  /* 6 */
-    uint8_t raid_level_part2;  /* 7 */
-    uint8_t raid_level_part3;  /* 8 */
-    uint64_t total_size;       /* 9: bytes */
-    uint64_t free_size;        /* 17: bytes */
+    uint8_t raid_level_part1; /* 6 */
+    uint8_t raid_level_part2; /* 7 */
+    uint8_t raid_level_part3; /* 8 */
+    uint64_t total_size;      /* 9: bytes */
+    uint64_t free_size;       /* 17: bytes */
     uint8_t reserved_25[73];
-    uint32_t array_id;         /* 98 */
+    uint32_t array_id; /* 98 */
 } raid_link_array_t;
 
 /* Volumes of a pool (raidlink_get_array_volume_list). */
@@ -236,24 +236,24 @@ typedef struct raid_link_array_volume_list {
 
 /* Drives of a pool (raidlink_get_array_disk_list). */
 typedef struct raid_link_array_disk_list {
-    uint16_t count;                                /* 0 */
-    uint32_t disk_ids[RAID_LINK_MAX_ARRAY_DISKS];  /* 2 */
-    uint32_t array_id;                             /* 1026 */
+    uint16_t count;                               /* 0 */
+    uint32_t disk_ids[RAID_LINK_MAX_ARRAY_DISKS]; /* 2 */
+    uint32_t array_id;                            /* 1026 */
 } raid_link_array_disk_list_t;
 
 /* Volume (raidlink_get_volume_info); caller sets volume_id. */
 typedef struct raid_link_volume {
-    uint32_t volume_number;   /* 0 */
+    uint32_t volume_number; /* 0 */
     uint8_t reserved_4[4];
-    char name[33];            /* 8 */
+    char name[33]; /* 8 */
     uint8_t reserved_41[8];
-    uint32_t stripe_size;     /* 49: bytes */
-    uint8_t bootable;         /* 53: 1 yes, 0 no */
-    uint16_t block_size;      /* 54 */
-    uint64_t block_count;     /* 56 */
-    uint32_t state;           /* 64: volume state code */
+    uint32_t stripe_size; /* 49: bytes */
+    uint8_t bootable;     /* 53: 1 yes, 0 no */
+    uint16_t block_size;  /* 54 */
+    uint64_t block_count; /* 56 */
+    uint32_t state;       /* 64: volume state code */
     uint8_t reserved_68[69];
-    uint32_t volume_id;       /* 137 */
+    uint32_t volume_id; /* 137 */
     uint8_t reserved_141[4];
 } raid_link_volume_t;
 

@@ -30,8 +30,12 @@ constexpr orv3::Column fanTable_columns[] = {
 };
 
 const orv3::TableInfo fanTable_info = {
-    "fanTable", fanTable_oid, OID_LENGTH(fanTable_oid), 10, fanTable_columns,
-    {true, "fanTable_handler: reqinfo->mode = %d\n"},
+    .name = "fanTable",
+    .rootOid = fanTable_oid,
+    .rootOidLength = OID_LENGTH(fanTable_oid),
+    .maxColumn = 10,
+    .columns = fanTable_columns,
+    .handlerStyle = {.missingRowMarksAll = true, .entryTrace = "fanTable_handler: reqinfo->mode = %d\n"},
 };
 const orv3::RefreshRule fanTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
 int32_t fanTable_stamp = 0;
@@ -61,7 +65,7 @@ int fanTable_commit_row(int request_id, fanTable_entry_t *row)
 #define FAN_LIMIT_VALIDATOR(column)                                                                                    \
     int fanTable_validate_##column(fanTable_entry_t *row)                                                              \
     {                                                                                                                  \
-        printf("%s row=%ld\n", __func__, static_cast<long>(row->head.index));                                        \
+        printf("%s row=%ld\n", __func__, static_cast<long>(row->head.index));                                          \
         return 0;                                                                                                      \
     }
 FAN_LIMIT_VALIDATOR(fanNonRecovLimitHigh)

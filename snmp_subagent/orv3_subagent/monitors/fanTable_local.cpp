@@ -74,8 +74,8 @@ int initialize_fanTable_local(void)
 int32_t fanTable_get_row_count(void)
 {
     orv3::RowCountReply reply = orv3::queryRowCount(kFanStoreTable);
-    ORV3_TRACE("fanTable", "%s curRowCount=%ld, gFanTableLastRowCount=%ld\n", __func__,
-               static_cast<long>(reply.count), static_cast<long>(gFanTableLastRowCount));
+    ORV3_TRACE("fanTable", "%s curRowCount=%ld, gFanTableLastRowCount=%ld\n", __func__, static_cast<long>(reply.count),
+               static_cast<long>(gFanTableLastRowCount));
     return reply.result != 0 ? orv3::negated(reply.result) : reply.count;
 }
 

@@ -12,7 +12,9 @@ bool refreshDue(const RefreshRule &rule, int32_t &stamp, int32_t now)
 {
     // The controller keeps these times in signed 32-bit words; the sums wrap
     // as they do there instead of overflowing.
-    auto plus = [](int32_t a, int32_t b) { return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b)); };
+    auto plus = [](int32_t a, int32_t b) {
+        return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+    };
     bool due = false;
     switch (rule.kind) {
     case RefreshRule::FixedPeriod:
@@ -149,7 +151,8 @@ void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_requ
     int32_t value;
     memcpy(&value, base + column.offset, sizeof value);
     // Gauge32 columns carry the same 32 bits as the signed store value.
-    long wire = column.asnType == ASN_INTEGER ? static_cast<long>(value) : static_cast<long>(static_cast<uint32_t>(value));
+    long wire =
+        column.asnType == ASN_INTEGER ? static_cast<long>(value) : static_cast<long>(static_cast<uint32_t>(value));
     snmp_set_var_typed_integer(request->requestvb, column.asnType, wire);
 }
 

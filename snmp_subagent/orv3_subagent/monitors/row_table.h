@@ -65,10 +65,21 @@ struct Column {
     size_t lengthOffset;
 };
 
-#define ORV3_INTEGER_COLUMN(n, Row, field) ::orv3::Column{n, ASN_INTEGER, offsetof(Row, field), 0, 0}
-#define ORV3_GAUGE_COLUMN(n, Row, field) ::orv3::Column{n, ASN_GAUGE, offsetof(Row, field), 0, 0}
+#define ORV3_INTEGER_COLUMN(n, Row, field)                                                                             \
+    ::orv3::Column                                                                                                     \
+    {                                                                                                                  \
+        n, ASN_INTEGER, offsetof(Row, field), 0, 0                                                                     \
+    }
+#define ORV3_GAUGE_COLUMN(n, Row, field)                                                                               \
+    ::orv3::Column                                                                                                     \
+    {                                                                                                                  \
+        n, ASN_GAUGE, offsetof(Row, field), 0, 0                                                                       \
+    }
 #define ORV3_TEXT_COLUMN(n, Row, field, lengthField)                                                                   \
-    ::orv3::Column{n, ASN_OCTET_STR, offsetof(Row, field), sizeof(Row::field), offsetof(Row, lengthField)}
+    ::orv3::Column                                                                                                     \
+    {                                                                                                                  \
+        n, ASN_OCTET_STR, offsetof(Row, field), sizeof(Row::field), offsetof(Row, lengthField)                         \
+    }
 
 // Answers `column` of `row` into the request's varbind.
 void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request);
@@ -176,11 +187,10 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
     int T##_handler(netsnmp_mib_handler *, netsnmp_handler_registration *, netsnmp_agent_request_info *reqinfo,        \
                     netsnmp_request_info *requests)                                                                    \
     {                                                                                                                  \
-        return ::orv3::tableHandler(T##_info, #T "_handler",                                                           \
-                                    [](int id, orv3_row_head_t *row) {                                                 \
-                                        return T##_update_row(id, reinterpret_cast<ROW *>(row));                       \
-                                    },                                                                                 \
-                                    reqinfo, requests);                                                                \
+        return ::orv3::tableHandler(                                                                                   \
+            T##_info, #T "_handler",                                                                                   \
+            [](int id, orv3_row_head_t *row) { return T##_update_row(id, reinterpret_cast<ROW *>(row)); }, reqinfo,    \
+            requests);                                                                                                 \
     }                                                                                                                  \
     int initialize_table_##T(void)                                                                                     \
     {                                                                                                                  \

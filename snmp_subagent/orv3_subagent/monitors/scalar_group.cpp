@@ -13,8 +13,8 @@ void storeInt32(void *cell, size_t *size, int32_t value)
     *size = sizeof value;
 }
 
-void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
-                         Netsnmp_Node_Handler *handler, std::source_location where)
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
 {
     ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
     for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl) {
@@ -24,7 +24,7 @@ void registerScalarGroup(const char *routine, const char *group, const scalar_de
                          : netsnmp_register_read_only_long_instance(group, decl->oid, kScalarOidLength,
                                                                     static_cast<long *>(decl->value), handler);
         ORV3_TRACE_AT(routine, where, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
-                   result == MIB_REGISTERED_OK ? "OK" : "failed");
+                      result == MIB_REGISTERED_OK ? "OK" : "failed");
     }
 }
 
@@ -71,8 +71,7 @@ int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, ne
             if (decl->commit)
                 status = decl->commit(decl->value, decl->size);
             break;
-        default:
-            break;
+        default: break;
         }
     }
     return status;

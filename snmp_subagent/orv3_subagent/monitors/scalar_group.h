@@ -65,8 +65,8 @@ enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
 
 // Registers every scalar of a group and traces "Registering <group>
 // variables" and one OK/failed line per scalar with `typeLabel`.
-void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind, const char *typeLabel,
-                         Netsnmp_Node_Handler *handler,
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler,
                          std::source_location where = std::source_location::current());
 
 // The generic group handler. `stdoutRoutine`, when set, prints

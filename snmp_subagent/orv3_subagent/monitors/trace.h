@@ -18,17 +18,16 @@ void traceLine(const char *routine, const char *file, int line, const char *toke
 } // namespace orv3
 
 // Trace from the routine that is running.
-#define ORV3_TRACE(token, ...)                                                                     \
-    do {                                                                                           \
-        if (snmp_get_do_debugging())                                                               \
-            ::orv3::traceLine(__func__, __FILE__, __LINE__, token, __VA_ARGS__);                   \
+#define ORV3_TRACE(token, ...)                                                                                         \
+    do {                                                                                                               \
+        if (snmp_get_do_debugging())                                                                                   \
+            ::orv3::traceLine(__func__, __FILE__, __LINE__, token, __VA_ARGS__);                                       \
     } while (0)
 
 // Trace from shared code on behalf of an exported routine: `where` is the
 // place in the group's own file that called the shared code.
-#define ORV3_TRACE_AT(routine, where, token, ...)                                                  \
-    do {                                                                                           \
-        if (snmp_get_do_debugging())                                                               \
-            ::orv3::traceLine(routine, (where).file_name(), static_cast<int>((where).line()), token, \
-                              __VA_ARGS__);                                                        \
+#define ORV3_TRACE_AT(routine, where, token, ...)                                                                      \
+    do {                                                                                                               \
+        if (snmp_get_do_debugging())                                                                                   \
+            ::orv3::traceLine(routine, (where).file_name(), static_cast<int>((where).line()), token, __VA_ARGS__);     \
     } while (0)

@@ -24,7 +24,7 @@
 #include <stdexcept>
 #include <thread>
 
-extern char** environ;
+extern char **environ;
 
 namespace orv3::test {
 
@@ -37,23 +37,30 @@ namespace {
 constexpr milliseconds kPollInterval{10};
 constexpr milliseconds kStopTimeout{5000};
 
-void sleepPoll() { std::this_thread::sleep_for(kPollInterval); }
+void sleepPoll()
+{
+    std::this_thread::sleep_for(kPollInterval);
+}
 
-void writeAll(int fd, const std::string& data, const std::string& what) {
+void writeAll(int fd, const std::string &data, const std::string &what)
+{
     size_t off = 0;
     while (off < data.size()) {
         ssize_t n = ::write(fd, data.data() + off, data.size() - off);
         if (n < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             throw std::runtime_error("write " + what + ": " + std::strerror(errno));
         }
         off += static_cast<size_t>(n);
     }
 }
 
-void writeFile(const std::string& path, const std::string& contents) {
+void writeFile(const std::string &path, const std::string &contents)
+{
     int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) throw std::runtime_error("open " + path + ": " + std::strerror(errno));
+    if (fd < 0)
+        throw std::runtime_error("open " + path + ": " + std::strerror(errno));
     try {
         writeAll(fd, contents, path);
     } catch (...) {
@@ -63,56 +70,73 @@ void writeFile(const std::string& path, const std::string& contents) {
     ::close(fd);
 }
 
-size_t countOccurrences(const std::string& hay, const std::string& needle) {
-    if (needle.empty()) return 0;
+size_t countOccurrences(const std::string &hay, const std::string &needle)
+{
+    if (needle.empty())
+        return 0;
     size_t n = 0;
-    for (size_t pos = hay.find(needle); pos != std::string::npos; pos = hay.find(needle, pos + needle.size())) ++n;
+    for (size_t pos = hay.find(needle); pos != std::string::npos; pos = hay.find(needle, pos + needle.size()))
+        ++n;
     return n;
 }
 
-std::string tail(const std::string& s, size_t max) {
-    if (s.size() <= max) return s;
+std::string tail(const std::string &s, size_t max)
+{
+    if (s.size() <= max)
+        return s;
     return "...[" + std::to_string(s.size() - max) + " bytes cut]...\n" + s.substr(s.size() - max);
 }
 
-bool waitForText(const std::string& path, const std::string& needle, milliseconds timeout) {
+bool waitForText(const std::string &path, const std::string &needle, milliseconds timeout)
+{
     auto deadline = Clock::now() + timeout;
     while (true) {
-        if (readFileText(path).find(needle) != std::string::npos) return true;
-        if (Clock::now() >= deadline) return false;
+        if (readFileText(path).find(needle) != std::string::npos)
+            return true;
+        if (Clock::now() >= deadline)
+            return false;
         sleepPoll();
     }
 }
 
-std::string resolveMachinePath(const std::string& p) {
-    if (p.empty() || p.front() == '/' || fs::exists(p)) return p;
+std::string resolveMachinePath(const std::string &p)
+{
+    if (p.empty() || p.front() == '/' || fs::exists(p))
+        return p;
     std::string candidate = std::string(ORV3_SOURCE_DIR) + "/machines/" + p;
     return fs::exists(candidate) ? candidate : p;
 }
 
-std::string quoteArgs(const std::vector<std::string>& args) {
+std::string quoteArgs(const std::vector<std::string> &args)
+{
     std::string out;
-    for (const auto& a : args) {
-        if (!out.empty()) out += ' ';
+    for (const auto &a : args) {
+        if (!out.empty())
+            out += ' ';
         out += a;
     }
     return out;
 }
 
-bool currentTestFailed() { return ::testing::Test::HasFailure(); }
+bool currentTestFailed()
+{
+    return ::testing::Test::HasFailure();
+}
 
-}  // namespace
+} // namespace
 
-int pickFreeUdpPort() {
+int pickFreeUdpPort()
+{
     int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) throw std::runtime_error(std::string("socket: ") + std::strerror(errno));
+    if (fd < 0)
+        throw std::runtime_error(std::string("socket: ") + std::strerror(errno));
     sockaddr_in a{};
     a.sin_family = AF_INET;
     a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     a.sin_port = 0;
     socklen_t len = sizeof a;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 ||
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len) != 0) {
+    if (::bind(fd, reinterpret_cast<sockaddr *>(&a), sizeof a) != 0 ||
+        ::getsockname(fd, reinterpret_cast<sockaddr *>(&a), &len) != 0) {
         int e = errno;
         ::close(fd);
         throw std::runtime_error(std::string("bind/getsockname: ") + std::strerror(e));
@@ -121,41 +145,44 @@ int pickFreeUdpPort() {
     return ntohs(a.sin_port);
 }
 
-std::string readFileText(const std::string& path) {
+std::string readFileText(const std::string &path)
+{
     std::ifstream in(path, std::ios::binary);
-    if (!in) return {};
+    if (!in)
+        return {};
     std::ostringstream ss;
     ss << in.rdbuf();
     return ss.str();
 }
 
-std::string extractSanitizerFailures(const std::string& logText, const std::vector<std::string>& ownMarkers) {
+std::string extractSanitizerFailures(const std::string &logText, const std::vector<std::string> &ownMarkers)
+{
     enum class State { None, Asan, Leak, LeakBlock, Ubsan };
     State state = State::None;
     std::string cur, out;
 
-    auto mentionsOwnCode = [&](const std::string& block) {
-        for (const auto& m : ownMarkers) {
-            if (!m.empty() && block.find(m) != std::string::npos) return true;
+    auto mentionsOwnCode = [&](const std::string &block) {
+        for (const auto &m : ownMarkers) {
+            if (!m.empty() && block.find(m) != std::string::npos)
+                return true;
         }
         return false;
     };
     auto flush = [&] {
         switch (state) {
-            case State::Asan:
-            case State::Ubsan:
+        case State::Asan:
+        case State::Ubsan:
+            out += cur;
+            out += '\n';
+            break;
+        case State::LeakBlock:
+            if (mentionsOwnCode(cur)) {
+                out += "LeakSanitizer: ";
                 out += cur;
                 out += '\n';
-                break;
-            case State::LeakBlock:
-                if (mentionsOwnCode(cur)) {
-                    out += "LeakSanitizer: ";
-                    out += cur;
-                    out += '\n';
-                }
-                break;
-            default:
-                break;
+            }
+            break;
+        default: break;
         }
         cur.clear();
     };
@@ -183,7 +210,8 @@ std::string extractSanitizerFailures(const std::string& logText, const std::vect
                 state = State::None;
             }
         } else if (state == State::Leak || state == State::LeakBlock) {
-            if (line.find("Direct leak of") != std::string::npos || line.find("Indirect leak of") != std::string::npos) {
+            if (line.find("Direct leak of") != std::string::npos ||
+                line.find("Indirect leak of") != std::string::npos) {
                 flush();
                 state = State::LeakBlock;
                 cur = line + '\n';
@@ -213,14 +241,17 @@ std::string extractSanitizerFailures(const std::string& logText, const std::vect
 
 // ---------------------------------------------------------------------------
 
-Agent::Agent(AgentOptions options) : options_(std::move(options)) {
+Agent::Agent(AgentOptions options) : options_(std::move(options))
+{
     if (options_.machineJson.empty() && !options_.machinePath.empty()) {
         std::string src = resolveMachinePath(options_.machinePath);
-        if (!fs::is_regular_file(src)) throw std::runtime_error("machine file not found: " + options_.machinePath);
+        if (!fs::is_regular_file(src))
+            throw std::runtime_error("machine file not found: " + options_.machinePath);
         options_.machineJson = readFileText(src);
     }
     char tmpl[] = "/tmp/orv3-e2e-XXXXXX";
-    if (!::mkdtemp(tmpl)) throw std::runtime_error(std::string("mkdtemp: ") + std::strerror(errno));
+    if (!::mkdtemp(tmpl))
+        throw std::runtime_error(std::string("mkdtemp: ") + std::strerror(errno));
     dir_ = tmpl;
     try {
         start();
@@ -234,7 +265,8 @@ Agent::Agent(AgentOptions options) : options_(std::move(options)) {
     }
 }
 
-Agent::~Agent() {
+Agent::~Agent()
+{
     stop();
     bool keep = currentTestFailed() || std::getenv("ORV3_E2E_KEEP") != nullptr;
     if (keep) {
@@ -245,11 +277,13 @@ Agent::~Agent() {
     }
 }
 
-void Agent::start() {
+void Agent::start()
+{
     // Pre-created so that snmpd does not log "Created directory" lines.
     fs::create_directories(dir_ + "/persist/cert_indexes");
 
-    if (!options_.machineJson.empty()) replaceMachine(options_.machineJson);
+    if (!options_.machineJson.empty())
+        replaceMachine(options_.machineJson);
 
     // Clock file.
     if (options_.clockStart || options_.clockStep) {
@@ -257,23 +291,26 @@ void Agent::start() {
     }
 
     // Configuration.
-    std::string conf =
-        "rocommunity public 127.0.0.1\n"
-        "rwcommunity private 127.0.0.1\n"
-        "dontLogTCPWrappersConnects yes\n";
-    if (!options_.bareAgent) conf += std::string("dlmod snmp_module_monitors ") + ORV3_MODULE_PATH + "\n";
-    for (const auto& l : options_.extraConfig) conf += l + "\n";
+    std::string conf = "rocommunity public 127.0.0.1\n"
+                       "rwcommunity private 127.0.0.1\n"
+                       "dontLogTCPWrappersConnects yes\n";
+    if (!options_.bareAgent)
+        conf += std::string("dlmod snmp_module_monitors ") + ORV3_MODULE_PATH + "\n";
+    for (const auto &l : options_.extraConfig)
+        conf += l + "\n";
     writeFile(dir_ + "/snmpd.conf", conf);
 
     // A port picked as free may be taken by someone else before snmpd binds it: retry then.
     std::string error;
     for (int attempt = 0; attempt < 5; ++attempt) {
         port_ = pickFreeUdpPort();
-        if (spawn(error)) return;
+        if (spawn(error))
+            return;
         std::string all = stdoutText() + stderrText();
-        bool portTaken = all.find("Error opening") != std::string::npos ||
-                         all.find("Address already in use") != std::string::npos;
-        if (!portTaken || !exited_) break;
+        bool portTaken =
+            all.find("Error opening") != std::string::npos || all.find("Address already in use") != std::string::npos;
+        if (!portTaken || !exited_)
+            break;
         pid_ = -1;
         exited_ = false;
     }
@@ -283,16 +320,19 @@ void Agent::start() {
                              (findings.empty() ? "" : "\n--- sanitizer ---\n" + findings));
 }
 
-bool Agent::spawn(std::string& error) {
+bool Agent::spawn(std::string &error)
+{
     std::vector<std::string> args = {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"};
-    if (!options_.debugTokens.empty()) args.push_back("-D" + options_.debugTokens);
+    if (!options_.debugTokens.empty())
+        args.push_back("-D" + options_.debugTokens);
     args.push_back("udp:127.0.0.1:" + std::to_string(port_));
 
     std::map<std::string, std::string> env;
-    for (char** e = environ; e && *e; ++e) {
+    for (char **e = environ; e && *e; ++e) {
         std::string kv = *e;
         size_t eq = kv.find('=');
-        if (eq != std::string::npos) env[kv.substr(0, eq)] = kv.substr(eq + 1);
+        if (eq != std::string::npos)
+            env[kv.substr(0, eq)] = kv.substr(eq + 1);
     }
     env["ORV3_SIM_MACHINE"] = machinePath();
     env["ORV3_SIM_CALL_LOG"] = callLogPath();
@@ -310,14 +350,18 @@ bool Agent::spawn(std::string& error) {
             env["LD_PRELOAD"] = ORV3_SIM_PATH;
         }
     }
-    for (const auto& [k, v] : options_.env) env[k] = v;
+    for (const auto &[k, v] : options_.env)
+        env[k] = v;
 
     std::vector<std::string> envStrings;
-    for (const auto& [k, v] : env) envStrings.push_back(k + "=" + v);
-    std::vector<char*> argv, envp;
-    for (auto& a : args) argv.push_back(a.data());
+    for (const auto &[k, v] : env)
+        envStrings.push_back(k + "=" + v);
+    std::vector<char *> argv, envp;
+    for (auto &a : args)
+        argv.push_back(a.data());
     argv.push_back(nullptr);
-    for (auto& s : envStrings) envp.push_back(s.data());
+    for (auto &s : envStrings)
+        envp.push_back(s.data());
     envp.push_back(nullptr);
 
     std::string outPath = dir_ + "/snmpd.out", errPath = dir_ + "/snmpd.err";
@@ -327,7 +371,8 @@ bool Agent::spawn(std::string& error) {
     if (devnull < 0 || outFd < 0 || errFd < 0) {
         error = std::string("cannot open output files: ") + std::strerror(errno);
         for (int fd : {devnull, outFd, errFd}) {
-            if (fd >= 0) ::close(fd);
+            if (fd >= 0)
+                ::close(fd);
         }
         return false;
     }
@@ -340,8 +385,9 @@ bool Agent::spawn(std::string& error) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // never outlive a crashed test binary
-        if (::getppid() != parent) _exit(126);
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL); // never outlive a crashed test binary
+        if (::getppid() != parent)
+            _exit(126);
         ::dup2(devnull, 0);
         ::dup2(outFd, 1);
         ::dup2(errFd, 2);
@@ -397,10 +443,12 @@ bool Agent::spawn(std::string& error) {
         }
         if (Clock::now() >= deadline) {
             error = "no answer to GET sysUpTime within " + std::to_string(options_.startTimeout.count()) + " ms";
-            if (!r.ok()) error += ", last probe: " + r.toString();
+            if (!r.ok())
+                error += ", last probe: " + r.toString();
             return false;
         }
-        if (!r.timedOut) sleepPoll();  // an immediate error answer: do not spin
+        if (!r.timedOut)
+            sleepPoll(); // an immediate error answer: do not spin
         if (r.timedOut && probeTimeoutUs < 1000000) {
             probeTimeoutUs *= 2;
             probe = SnmpClient(port_, "public", probeTimeoutUs, 0);
@@ -408,9 +456,12 @@ bool Agent::spawn(std::string& error) {
     }
 }
 
-bool Agent::reap(bool block) {
-    if (pid_ <= 0) return false;
-    if (exited_) return true;
+bool Agent::reap(bool block)
+{
+    if (pid_ <= 0)
+        return false;
+    if (exited_)
+        return true;
     while (true) {
         int status = 0;
         pid_t r = ::waitpid(pid_, &status, block ? 0 : WNOHANG);
@@ -419,26 +470,34 @@ bool Agent::reap(bool block) {
             waitStatus_ = status;
             return true;
         }
-        if (r < 0 && errno == EINTR) continue;
+        if (r < 0 && errno == EINTR)
+            continue;
         return false;
     }
 }
 
-bool Agent::running() { return pid_ > 0 && !reap(false); }
+bool Agent::running()
+{
+    return pid_ > 0 && !reap(false);
+}
 
-std::string Agent::describeExit() const {
-    if (WIFEXITED(waitStatus_)) return "exited with code " + std::to_string(WEXITSTATUS(waitStatus_));
+std::string Agent::describeExit() const
+{
+    if (WIFEXITED(waitStatus_))
+        return "exited with code " + std::to_string(WEXITSTATUS(waitStatus_));
     if (WIFSIGNALED(waitStatus_)) {
         int sig = WTERMSIG(waitStatus_);
-        const char* name = ::sigabbrev_np(sig);
+        const char *name = ::sigabbrev_np(sig);
         return "was killed by signal " + std::to_string(sig) + (name ? std::string(" (SIG") + name + ")" : "") +
                (WCOREDUMP(waitStatus_) ? ", core dumped" : "");
     }
     return "ended with wait status " + std::to_string(waitStatus_);
 }
 
-void Agent::stop() {
-    if (stopped_ || pid_ <= 0) return;
+void Agent::stop()
+{
+    if (stopped_ || pid_ <= 0)
+        return;
     stopped_ = true;
 
     bool earlyExit = reap(false);
@@ -447,7 +506,8 @@ void Agent::stop() {
         ::kill(pid_, SIGTERM);
         signalled_ = true;
         auto deadline = Clock::now() + kStopTimeout;
-        while (!reap(false) && Clock::now() < deadline) sleepPoll();
+        while (!reap(false) && Clock::now() < deadline)
+            sleepPoll();
         if (!exited_) {
             hung = true;
             ::kill(pid_, SIGKILL);
@@ -465,7 +525,8 @@ void Agent::stop() {
         problems += "snmpd " + describeExit() + " while shutting down\n";
     }
     findings_ = scanSanitizerLogs();
-    if (!findings_.empty()) problems += "--- sanitizer findings ---\n" + findings_;
+    if (!findings_.empty())
+        problems += "--- sanitizer findings ---\n" + findings_;
     if (!problems.empty()) {
         ADD_FAILURE() << problems << "--- snmpd.err ---\n"
                       << tail(stderrText(), 6000) << "\n--- snmpd.out ---\n"
@@ -473,83 +534,115 @@ void Agent::stop() {
     }
 }
 
-std::string Agent::sanitizerFindings() const { return stopped_ && exited_ ? findings_ : scanSanitizerLogs(); }
+std::string Agent::sanitizerFindings() const
+{
+    return stopped_ && exited_ ? findings_ : scanSanitizerLogs();
+}
 
-std::string Agent::scanSanitizerLogs() const {
+std::string Agent::scanSanitizerLogs() const
+{
     std::string text;
     std::error_code ec;
     std::vector<std::string> logs;
-    for (const auto& entry : fs::directory_iterator(dir_, ec)) {
+    for (const auto &entry : fs::directory_iterator(dir_, ec)) {
         std::string name = entry.path().filename().string();
-        if (name.rfind("asan.", 0) == 0 || name.rfind("ubsan.", 0) == 0) logs.push_back(entry.path().string());
+        if (name.rfind("asan.", 0) == 0 || name.rfind("ubsan.", 0) == 0)
+            logs.push_back(entry.path().string());
     }
     std::sort(logs.begin(), logs.end());
-    for (const auto& p : logs) text += readFileText(p) + "\n";
+    for (const auto &p : logs)
+        text += readFileText(p) + "\n";
     text += stderrText();
 
     // "<unknown module>" is a frame in a library that was unloaded before the report was
     // written: snmpd dlcloses dlmod modules at shutdown, so that is the monitors module.
     std::vector<std::string> markers = {"liborv3_", "<unknown module>"};
     std::string src = ORV3_SOURCE_DIR;
-    if (!src.empty() && src.front() == '/' && src != "/") markers.push_back(src.back() == '/' ? src : src + "/");
+    if (!src.empty() && src.front() == '/' && src != "/")
+        markers.push_back(src.back() == '/' ? src : src + "/");
     return extractSanitizerFailures(text, markers);
 }
 
 // ---------------------------------------------------------------------------
 
-SnmpClient Agent::client(const std::string& community, long timeoutUs, int retries) const {
+SnmpClient Agent::client(const std::string &community, long timeoutUs, int retries) const
+{
     return SnmpClient(port_, community, timeoutUs, retries);
 }
 
-std::string Agent::stdoutText() const { return readFileText(dir_ + "/snmpd.out"); }
-std::string Agent::stderrText() const { return readFileText(dir_ + "/snmpd.err"); }
+std::string Agent::stdoutText() const
+{
+    return readFileText(dir_ + "/snmpd.out");
+}
+std::string Agent::stderrText() const
+{
+    return readFileText(dir_ + "/snmpd.err");
+}
 
-bool Agent::waitForStdout(const std::string& needle, milliseconds timeout) const {
+bool Agent::waitForStdout(const std::string &needle, milliseconds timeout) const
+{
     return waitForText(dir_ + "/snmpd.out", needle, timeout);
 }
 
-bool Agent::waitForStderr(const std::string& needle, milliseconds timeout) const {
+bool Agent::waitForStderr(const std::string &needle, milliseconds timeout) const
+{
     return waitForText(dir_ + "/snmpd.err", needle, timeout);
 }
 
-size_t Agent::countInStdout(const std::string& needle) const { return countOccurrences(stdoutText(), needle); }
-size_t Agent::countInStderr(const std::string& needle) const { return countOccurrences(stderrText(), needle); }
+size_t Agent::countInStdout(const std::string &needle) const
+{
+    return countOccurrences(stdoutText(), needle);
+}
+size_t Agent::countInStderr(const std::string &needle) const
+{
+    return countOccurrences(stderrText(), needle);
+}
 
-std::vector<std::string> Agent::callLog() const {
+std::vector<std::string> Agent::callLog() const
+{
     std::vector<std::string> lines;
     std::istringstream in(readFileText(callLogPath()));
     std::string line;
     while (std::getline(in, line)) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!line.empty()) lines.push_back(line);
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (!line.empty())
+            lines.push_back(line);
     }
     return lines;
 }
 
-void Agent::clearCallLog() {
+void Agent::clearCallLog()
+{
     if (::truncate(callLogPath().c_str(), 0) != 0 && errno != ENOENT) {
         throw std::runtime_error("truncate " + callLogPath() + ": " + std::strerror(errno));
     }
 }
 
-size_t Agent::countCalls(const std::string& prefix) const {
+size_t Agent::countCalls(const std::string &prefix) const
+{
     size_t n = 0;
-    for (const auto& l : callLog()) {
-        if (l.rfind(prefix, 0) == 0) ++n;
+    for (const auto &l : callLog()) {
+        if (l.rfind(prefix, 0) == 0)
+            ++n;
     }
     return n;
 }
 
-bool Agent::waitForCalls(const std::string& prefix, size_t atLeast, milliseconds timeout) const {
+bool Agent::waitForCalls(const std::string &prefix, size_t atLeast, milliseconds timeout) const
+{
     auto deadline = Clock::now() + timeout;
     while (true) {
-        if (countCalls(prefix) >= atLeast) return true;
-        if (Clock::now() >= deadline) return false;
+        if (countCalls(prefix) >= atLeast)
+            return true;
+        if (Clock::now() >= deadline)
+            return false;
         sleepPoll();
     }
 }
 
-void Agent::writeAtomically(const std::string& path, const std::string& contents) {
+void Agent::writeAtomically(const std::string &path, const std::string &contents)
+{
     std::string tmp = path + ".tmp." + std::to_string(++writeCounter_);
     writeFile(tmp, contents);
     if (::rename(tmp.c_str(), path.c_str()) != 0) {
@@ -559,15 +652,21 @@ void Agent::writeAtomically(const std::string& path, const std::string& contents
     }
 }
 
-void Agent::setClock(long seconds, long step) {
+void Agent::setClock(long seconds, long step)
+{
     std::string s = std::to_string(seconds);
-    if (step != 0) s += " " + std::to_string(step);
+    if (step != 0)
+        s += " " + std::to_string(step);
     writeAtomically(clockPath(), s + "\n");
 }
 
-void Agent::clearClock() { writeAtomically(clockPath(), ""); }
+void Agent::clearClock()
+{
+    writeAtomically(clockPath(), "");
+}
 
-void Agent::replaceMachine(const std::string& json) {
+void Agent::replaceMachine(const std::string &json)
+{
     const std::string path = machinePath();
     std::string tmp = path + ".tmp." + std::to_string(++writeCounter_);
     writeFile(tmp, json);
@@ -583,7 +682,7 @@ void Agent::replaceMachine(const std::string& json) {
     // Keep the previous version linked so that its inode number cannot be reused by a
     // later version.
     std::string keep = dir_ + "/.machine.prev." + std::to_string(writeCounter_);
-    ::link(path.c_str(), keep.c_str());  // fails harmlessly when there is no previous version
+    ::link(path.c_str(), keep.c_str()); // fails harmlessly when there is no previous version
 
     if (::rename(tmp.c_str(), path.c_str()) != 0) {
         int e = errno;
@@ -592,10 +691,11 @@ void Agent::replaceMachine(const std::string& json) {
     }
 }
 
-void Agent::removeMachine() {
+void Agent::removeMachine()
+{
     std::string keep = dir_ + "/.machine.prev." + std::to_string(++writeCounter_);
     ::link(machinePath().c_str(), keep.c_str());
     ::unlink(machinePath().c_str());
 }
 
-}  // namespace orv3::test
+} // namespace orv3::test

@@ -58,43 +58,43 @@ struct AgentOptions {
 };
 
 class Agent {
-  public:
+public:
     // Starts snmpd and waits until it answers. Throws std::runtime_error (with snmpd's
     // output in the message) when it cannot be started; the directory is kept then.
     explicit Agent(AgentOptions options = {});
     // Stops snmpd (see stop()) and removes the directory unless the current test
     // failed (or ORV3_E2E_KEEP is set in the environment), in which case its path is printed.
     ~Agent();
-    Agent(const Agent&) = delete;
-    Agent& operator=(const Agent&) = delete;
+    Agent(const Agent &) = delete;
+    Agent &operator=(const Agent &) = delete;
 
     int port() const { return port_; }
-    const std::string& dir() const { return dir_; }
+    const std::string &dir() const { return dir_; }
     pid_t pid() const { return pid_; }
     // True while the snmpd process has not exited.
     bool running();
 
     // A new v2c session to this agent ("public" is read-only, "private" read-write).
-    SnmpClient client(const std::string& community = "public", long timeoutUs = SnmpClient::kDefaultTimeoutUs,
+    SnmpClient client(const std::string &community = "public", long timeoutUs = SnmpClient::kDefaultTimeoutUs,
                       int retries = SnmpClient::kDefaultRetries) const;
 
     // snmpd's stdout (log output, -D debug output) and stderr, re-read on each call.
     std::string stdoutText() const;
     std::string stderrText() const;
-    bool waitForStdout(const std::string& needle,
+    bool waitForStdout(const std::string &needle,
                        std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
-    bool waitForStderr(const std::string& needle,
+    bool waitForStderr(const std::string &needle,
                        std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
-    size_t countInStdout(const std::string& needle) const;
-    size_t countInStderr(const std::string& needle) const;
+    size_t countInStdout(const std::string &needle) const;
+    size_t countInStderr(const std::string &needle) const;
 
     // Lines of <dir>/calls.log ("<operation> <path-or-key>"); empty if absent.
     std::vector<std::string> callLog() const;
     void clearCallLog();
     // Number of call-log lines starting with `prefix`.
-    size_t countCalls(const std::string& prefix) const;
+    size_t countCalls(const std::string &prefix) const;
     // Waits until countCalls(prefix) >= atLeast.
-    bool waitForCalls(const std::string& prefix, size_t atLeast = 1,
+    bool waitForCalls(const std::string &prefix, size_t atLeast = 1,
                       std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) const;
 
     // Atomically rewrites the clock file: "<seconds>" or "<seconds> <step>".
@@ -105,7 +105,7 @@ class Agent {
 
     // Atomically replaces the machine file; the new file always has a new inode and a
     // modification time different from all earlier versions.
-    void replaceMachine(const std::string& json);
+    void replaceMachine(const std::string &json);
     // Removes the machine file.
     void removeMachine();
     std::string machinePath() const { return dir_ + "/machine.json"; }
@@ -120,13 +120,13 @@ class Agent {
     // Raw wait status of snmpd after it exited (valid once running() is false).
     int waitStatus() const { return waitStatus_; }
 
-  private:
+private:
     void start();
-    bool spawn(std::string& error);
+    bool spawn(std::string &error);
     bool reap(bool block);
     std::string describeExit() const;
     std::string scanSanitizerLogs() const;
-    void writeAtomically(const std::string& path, const std::string& contents);
+    void writeAtomically(const std::string &path, const std::string &contents);
 
     AgentOptions options_;
     std::string dir_;
@@ -134,7 +134,7 @@ class Agent {
     pid_t pid_ = -1;
     bool exited_ = false;
     bool stopped_ = false;
-    bool signalled_ = false;  // we sent a signal
+    bool signalled_ = false; // we sent a signal
     int waitStatus_ = 0;
     std::string findings_;
     unsigned long writeCounter_ = 0;
@@ -145,12 +145,12 @@ class Agent {
 int pickFreeUdpPort();
 
 // Reads a whole file; empty string when it does not exist.
-std::string readFileText(const std::string& path);
+std::string readFileText(const std::string &path);
 
 // From the text of sanitizer logs, returns the parts that count as failures:
 // every AddressSanitizer (non-leak) report, every UBSan "runtime error:" line with
 // its stack, and the LeakSanitizer "Direct leak"/"Indirect leak" blocks whose stack
 // mentions one of `ownMarkers` (e.g. "liborv3_", the source directory).
-std::string extractSanitizerFailures(const std::string& logText, const std::vector<std::string>& ownMarkers);
+std::string extractSanitizerFailures(const std::string &logText, const std::vector<std::string> &ownMarkers);
 
-}  // namespace orv3::test
+} // namespace orv3::test

@@ -14,11 +14,11 @@ namespace orv3::test {
 
 // One variable binding of a response.
 struct VarBind {
-    std::string oid;                  // dotted, no leading dot
-    unsigned char type = 0;           // ASN_INTEGER, ASN_GAUGE, ASN_OCTET_STR, SNMP_NOSUCHOBJECT, ...
-    long integer = 0;                 // INTEGER as signed; for unsigned types a copy of unsignedValue
-    unsigned long unsignedValue = 0;  // Gauge32 / Counter32 / TimeTicks / Unsigned32 / Counter64
-    std::string octets;               // OCTET STRING / Opaque / IpAddress bytes; OBJECT IDENTIFIER as dotted text
+    std::string oid;                 // dotted, no leading dot
+    unsigned char type = 0;          // ASN_INTEGER, ASN_GAUGE, ASN_OCTET_STR, SNMP_NOSUCHOBJECT, ...
+    long integer = 0;                // INTEGER as signed; for unsigned types a copy of unsignedValue
+    unsigned long unsignedValue = 0; // Gauge32 / Counter32 / TimeTicks / Unsigned32 / Counter64
+    std::string octets;              // OCTET STRING / Opaque / IpAddress bytes; OBJECT IDENTIFIER as dotted text
 
     // True for noSuchObject, noSuchInstance and endOfMibView.
     bool isException() const;
@@ -28,11 +28,11 @@ struct VarBind {
 
 // Result of one request.
 struct Response {
-    bool timedOut = false;  // no answer within timeout and retries
-    long errorStatus = 0;   // SNMP_ERR_* of the response PDU
+    bool timedOut = false; // no answer within timeout and retries
+    long errorStatus = 0;  // SNMP_ERR_* of the response PDU
     long errorIndex = 0;
     std::vector<VarBind> varbinds;
-    std::string failure;  // non-empty when the request could not be completed (timeout, send error, walk loop)
+    std::string failure; // non-empty when the request could not be completed (timeout, send error, walk loop)
 
     // No timeout, no failure and errorStatus == noError.
     bool ok() const { return !timedOut && failure.empty() && errorStatus == SNMP_ERR_NOERROR; }
@@ -50,7 +50,10 @@ struct SetValue {
     std::string octets;
 
     static SetValue ofInteger(std::string oid, long v) { return {std::move(oid), ASN_INTEGER, v, {}}; }
-    static SetValue ofOctets(std::string oid, std::string v) { return {std::move(oid), ASN_OCTET_STR, 0, std::move(v)}; }
+    static SetValue ofOctets(std::string oid, std::string v)
+    {
+        return {std::move(oid), ASN_OCTET_STR, 0, std::move(v)};
+    }
     static SetValue ofGauge(std::string oid, long v) { return {std::move(oid), ASN_GAUGE, v, {}}; }
     static SetValue ofUnsigned(std::string oid, long v) { return {std::move(oid), ASN_UNSIGNED, v, {}}; }
     static SetValue ofCounter(std::string oid, long v) { return {std::move(oid), ASN_COUNTER, v, {}}; }
@@ -69,7 +72,7 @@ std::string errorStatusName(long status);
 void initSnmpLibrary();
 
 class SnmpClient {
-  public:
+public:
     static constexpr long kDefaultTimeoutUs = 1000000;
     static constexpr int kDefaultRetries = 1;
 
@@ -77,39 +80,38 @@ class SnmpClient {
     SnmpClient(int port, std::string community = "public", long timeoutUs = kDefaultTimeoutUs,
                int retries = kDefaultRetries);
     ~SnmpClient();
-    SnmpClient(SnmpClient&& other) noexcept;
-    SnmpClient& operator=(SnmpClient&& other) noexcept;
-    SnmpClient(const SnmpClient&) = delete;
-    SnmpClient& operator=(const SnmpClient&) = delete;
+    SnmpClient(SnmpClient &&other) noexcept;
+    SnmpClient &operator=(SnmpClient &&other) noexcept;
+    SnmpClient(const SnmpClient &) = delete;
+    SnmpClient &operator=(const SnmpClient &) = delete;
 
     // OIDs are numeric dotted strings, leading dot optional. A malformed OID throws
     // std::invalid_argument.
-    Response get(const std::vector<std::string>& oids);
-    Response getNext(const std::vector<std::string>& oids);
-    Response getBulk(int nonRepeaters, int maxRepetitions, const std::vector<std::string>& oids);
-    Response set(const std::vector<SetValue>& values);
+    Response get(const std::vector<std::string> &oids);
+    Response getNext(const std::vector<std::string> &oids);
+    Response getBulk(int nonRepeaters, int maxRepetitions, const std::vector<std::string> &oids);
+    Response set(const std::vector<SetValue> &values);
 
     // GETNEXT from `root` until a varbind leaves the subtree or an exception
     // (endOfMibView) comes back; returns the varbinds inside the subtree.
-    std::vector<VarBind> walk(const std::string& root);
+    std::vector<VarBind> walk(const std::string &root);
     // Same walk, also reporting how it ended (timeout, error status, non-increasing OID).
-    Response walkResponse(const std::string& root);
+    Response walkResponse(const std::string &root);
 
     int port() const { return port_; }
-    const std::string& community() const { return community_; }
+    const std::string &community() const { return community_; }
 
-  private:
-    Response request(int command, const std::vector<std::string>& oids, int nonRepeaters = 0,
-                     int maxRepetitions = 0);
-    Response send(struct snmp_pdu* pdu);
+private:
+    Response request(int command, const std::vector<std::string> &oids, int nonRepeaters = 0, int maxRepetitions = 0);
+    Response send(struct snmp_pdu *pdu);
     void close();
 
     int port_ = 0;
     std::string community_;
-    void* session_ = nullptr;
+    void *session_ = nullptr;
 };
 
-std::ostream& operator<<(std::ostream& os, const VarBind& vb);
-std::ostream& operator<<(std::ostream& os, const Response& r);
+std::ostream &operator<<(std::ostream &os, const VarBind &vb);
+std::ostream &operator<<(std::ostream &os, const Response &r);
 
-}  // namespace orv3::test
+} // namespace orv3::test
