@@ -2,7 +2,14 @@
 # shellcheck shell=bash
 
 ORV3_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev)
+ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev smitools)
+
+# The SMIv2 base modules (SNMPv2-SMI, SNMPv2-TC, SNMPv2-CONF) that the
+# project's MIB imports are not in Debian 12's packages; the npm package
+# net-snmp ships them.
+ORV3_DEPS="$ORV3_ROOT/.deps"
+ORV3_BASE_MIBS="$ORV3_DEPS/node_modules/net-snmp/lib/mibs"
+ORV3_BASE_MIBS_PACKAGE=net-snmp@3.29.2
 
 say() { printf '%s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
@@ -30,6 +37,11 @@ ensure_packages() {
     return 0
 }
 
+# snmpwalk, snmpget, snmptable ... options that load the project's MIB.
+mib_options() {
+    printf '%s\n' -M "$ORV3_ROOT/mibs:$ORV3_BASE_MIBS" -m ORV3-MONITORS-MIB
+}
+
 # build DIR [cmake options...]: configures once and builds the whole tree.
 build() {
     local dir=$1
@@ -41,4 +53,15 @@ build() {
     fi
     cmake --build "$dir" -j"$(nproc)" >"$dir/build.log" 2>&1 ||
         { tail -n 60 "$dir/build.log" >&2; die "build of $dir failed (full log: $dir/build.log)"; }
+}
+
+# Installs the npm package that ships the SMIv2 base modules, into .deps/.
+ensure_base_mibs() {
+    [ -f "$ORV3_BASE_MIBS/SNMPv2-SMI.mib" ] && return 0
+    command -v npm >/dev/null 2>&1 || ensure_packages npm
+    say "Installing the SMIv2 base MIB modules (npm package $ORV3_BASE_MIBS_PACKAGE) into $ORV3_DEPS"
+    mkdir -p "$ORV3_DEPS"
+    npm install --prefix "$ORV3_DEPS" --no-audit --no-fund --loglevel=error "$ORV3_BASE_MIBS_PACKAGE" >/dev/null ||
+        die "npm install $ORV3_BASE_MIBS_PACKAGE failed"
+    [ -f "$ORV3_BASE_MIBS/SNMPv2-SMI.mib" ] || die "the npm package did not bring $ORV3_BASE_MIBS/SNMPv2-SMI.mib"
 }

@@ -1,0 +1,81 @@
+// Everything the agent serves is named by the project's MIB: every OID a
+// walk of the sample machine answers resolves to a scalar or a column of
+// ORV3-MONITORS-MIB, and the answer's ASN type matches the object's SYNTAX.
+#include "harness/agent.h"
+#include "harness/oids.h"
+
+#include <net-snmp/library/parse.h>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#ifndef ORV3_BASE_MIBS_DIR
+#define ORV3_BASE_MIBS_DIR ORV3_SOURCE_DIR "/.deps/node_modules/net-snmp/lib/mibs"
+#endif
+
+namespace orv3::test {
+namespace {
+
+struct tree *loadProjectMib()
+{
+    initSnmpLibrary();
+    add_mibdir(ORV3_BASE_MIBS_DIR);
+    add_mibdir(ORV3_SOURCE_DIR "/mibs");
+    return read_module("ORV3-MONITORS-MIB");
+}
+
+// The wire types an object of each MIB SYNTAX may be answered with.
+bool syntaxAllows(int mibType, unsigned char wireType)
+{
+    switch (mibType) {
+    case TYPE_INTEGER:
+    case TYPE_INTEGER32: return wireType == ASN_INTEGER;
+    case TYPE_GAUGE:
+    case TYPE_UNSIGNED32: return wireType == ASN_GAUGE;
+    case TYPE_OCTETSTR: return wireType == ASN_OCTET_STR;
+    case TYPE_OBJID: return wireType == ASN_OBJECT_ID;
+    default: return false;
+    }
+}
+
+TEST(MibCrossCheck, EveryServedObjectIsInTheMibWithItsWireType)
+{
+    ASSERT_NE(loadProjectMib(), nullptr) << "ORV3-MONITORS-MIB did not load";
+    AgentOptions options;
+    options.machinePath = "sample.json";
+    Agent agent(options);
+    Response walk = agent.client().walkResponse(kMonitorsRoot);
+    ASSERT_TRUE(walk.failure.empty()) << walk;
+    ASSERT_FALSE(walk.varbinds.empty());
+
+    std::map<std::string, std::string> labels;
+    for (const VarBind &vb : walk.varbinds) {
+        std::vector<oid> name;
+        for (unsigned long arc : oidParse(vb.oid))
+            name.push_back(arc);
+        struct tree *node = get_tree(name.data(), name.size(), get_tree_head());
+        ASSERT_NE(node, nullptr) << vb.oid;
+
+        // The node's own OID length: the instance arcs follow it.
+        size_t depth = 0;
+        for (struct tree *up = node; up; up = up->parent)
+            ++depth;
+        size_t instanceArcs = name.size() - depth;
+        bool isColumn = node->parent && node->parent->indexes;
+        bool isScalar = !isColumn && instanceArcs == 1 && name.back() == 0;
+        EXPECT_TRUE(isScalar || (isColumn && instanceArcs >= 1))
+            << vb.oid << " resolves to " << node->label << ", which is neither a scalar nor a column";
+        EXPECT_TRUE(syntaxAllows(node->type, vb.type))
+            << vb.oid << " (" << node->label << ") is answered as " << typeName(vb.type)
+            << " but its MIB SYNTAX is type " << node->type;
+        labels[vb.oid] = node->label;
+    }
+    // The resolution itself names the objects the operator sees.
+    EXPECT_EQ(labels[oidJoin(kMonitorsRoot, {3, 1, 0})], "fanNumber");
+    EXPECT_EQ(labels[oidJoin(kMonitorsRoot, {3, 2, 1, 3, 5})], "fanSpeed");
+    EXPECT_EQ(labels[oidJoin(kMonitorsRoot, {3, 2, 1, 10, 1})], "fanHealthStatus");
+}
+
+} // namespace
+} // namespace orv3::test
