@@ -1,9 +1,12 @@
-// The simulated data manager: the store of the machine description's
-// "store" section, addressed by namespace path. A table is an array of row
-// objects; a row's variable "str/reading" is looked up as that key or as
-// the nested object path str -> reading.
+// The simulated data manager's tables: row bindings and row counts over the
+// machine description's "store" section, addressed by namespace path. A
+// table is an array of row objects; a row's variable "str/reading" is looked
+// up as that key or as the nested object path str -> reading. Single
+// variables are in variable_store.cpp, variable lists in variable_lists.cpp
+// and namespace locks in namespace_locks.cpp.
 #include "orv3/data_manager.h"
 #include "platform.h"
+#include "variable_store.h"
 
 #include <cstring>
 #include <memory>
@@ -36,21 +39,8 @@ std::unordered_map<quel_dm_binding *, std::unique_ptr<quel_dm_binding>> liveBind
 // so that a binding table without one cannot run away.
 constexpr int kMaxColumns = 1024;
 
-int32_t fail(int32_t *status, int32_t result, int32_t word)
-{
-    if (status)
-        *status = word;
-    return result;
-}
-
-bool failedByFault(std::string_view call, std::string_view key, int32_t *status, int32_t &result)
-{
-    auto fault = Platform::instance().enter(call, key);
-    if (!fault)
-        return false;
-    result = fail(status, fault->result, fault->status);
-    return true;
-}
+using orv3::sim::failedByFault;
+constexpr auto fail = orv3::sim::finish;
 
 const json *findTable(const orv3::sim::Machine &machine, const char *ns)
 {
@@ -60,28 +50,6 @@ const json *findTable(const orv3::sim::Machine &machine, const char *ns)
     return &*found;
 }
 
-const json *findVariable(const json &row, const std::string &name)
-{
-    if (auto direct = row.find(name); direct != row.end())
-        return &*direct;
-    const json *at = &row;
-    size_t start = 0;
-    while (start <= name.size()) {
-        size_t slash = name.find('/', start);
-        std::string part = name.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
-        if (!at->is_object())
-            return nullptr;
-        auto next = at->find(part);
-        if (next == at->end())
-            return nullptr;
-        at = &*next;
-        if (slash == std::string::npos)
-            return at;
-        start = slash + 1;
-    }
-    return nullptr;
-}
-
 // Fills the holders of one row. A variable the row lacks reads 0 or "".
 int32_t fillHolders(const json &row, quel_dm_column_binding_t *columns)
 {
@@ -89,7 +57,7 @@ int32_t fillHolders(const json &row, quel_dm_column_binding_t *columns)
         const quel_dm_column_binding_t &column = columns[i];
         if (!column.holder || !column.var_name)
             return orv3::sim::kBadArgument;
-        const json *value = findVariable(row, column.var_name);
+        const json *value = orv3::sim::findRowVariable(row, column.var_name);
         if (column.type == QUEL_DM_TYPE_INT) {
             int32_t number = 0;
             if (value && value->is_number())
@@ -194,9 +162,12 @@ int32_t quel_dm_FreeBinding(quel_dm_binding_t handle, int32_t *status)
 
 int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t, int32_t, int32_t, int32_t *count, int32_t *status)
 {
-    int32_t result;
-    if (failedByFault(__func__, ns ? ns : "", status, result))
-        return result;
+    if (auto fault = Platform::instance().enter(__func__, ns ? ns : "")) {
+        // A fault may hand out a count along with its failure.
+        if (fault->count && count)
+            *count = *fault->count;
+        return fail(status, fault->result, fault->status);
+    }
     if (!ns || !count)
         return fail(status, 1, orv3::sim::kBadArgument);
     auto machine = Platform::instance().machine();

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <sstream>
 
 namespace orv3::sim {
@@ -147,7 +148,14 @@ public:
 
     [[noreturn]] void fail(const std::string &pointer, const std::string &reason) const
     {
-        throw MachineFileError(file_, lines_.lineOf(pointer), (pointer.empty() ? "" : pointer + ": ") + reason);
+        failAt(pointer, pointer, reason);
+    }
+    // Names `pointer` in the reason but reports the line of `linePointer`
+    // (a field inside it), for values whose fields are told by name.
+    [[noreturn]] void failAt(const std::string &linePointer, const std::string &pointer,
+                             const std::string &reason) const
+    {
+        throw MachineFileError(file_, lines_.lineOf(linePointer), (pointer.empty() ? "" : pointer + ": ") + reason);
     }
     void expect(bool ok, const std::string &pointer, const std::string &reason) const
     {
@@ -167,6 +175,64 @@ private:
     const LineMap &lines_;
 };
 
+bool fitsInt32(const json &value)
+{
+    if (value.is_number_unsigned())
+        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
+    if (!value.is_number_integer())
+        return false;
+    auto wide = value.get<int64_t>();
+    return wide >= INT32_MIN && wide <= INT32_MAX;
+}
+
+// A single variable with constraints on what may be written to it:
+// {"value": 0, "accepted": [0, 1, 2]} or {"value": 10, "min": 0, "max": 100}.
+// Problems are told with the variable's pointer and the field's line.
+void checkVariableObject(const json &entry, const std::string &pointer, const Checker &check)
+{
+    auto field = [&pointer](const std::string &name) { return pointer + "/" + escapeToken(name); };
+    if (!entry.contains("value"))
+        check.fail(pointer, "a variable object needs \"value\" (an integer or a text)");
+    const json &value = entry["value"];
+    const bool integer = value.is_number_integer();
+    if (!integer && !value.is_string())
+        check.failAt(field("value"), pointer, "\"value\" must be an integer or a text");
+    if (integer && !fitsInt32(value))
+        check.failAt(field("value"), pointer, "\"value\" does not fit in 32 bits");
+    std::optional<int64_t> min, max;
+    for (const auto &[name, item] : entry.items()) {
+        if (name == "value")
+            continue;
+        if (name == "accepted") {
+            const char *kind = integer ? "\"accepted\" must be an array of integers (the kind of \"value\")"
+                                       : "\"accepted\" must be an array of texts (the kind of \"value\")";
+            if (!item.is_array())
+                check.failAt(field(name), pointer, kind);
+            size_t i = 0;
+            for (const json &accepted : item) {
+                std::string at = field(name) + "/" + std::to_string(i++);
+                if (integer ? !accepted.is_number_integer() : !accepted.is_string())
+                    check.failAt(at, pointer, kind);
+                if (integer && !fitsInt32(accepted))
+                    check.failAt(at, pointer, "\"accepted\" values must fit in 32 bits");
+            }
+        } else if (name == "min" || name == "max") {
+            if (!item.is_number_integer())
+                check.failAt(field(name), pointer, "\"" + name + "\" must be an integer");
+            if (!fitsInt32(item))
+                check.failAt(field(name), pointer, "\"" + name + "\" does not fit in 32 bits");
+            if (!integer)
+                check.failAt(field(name), pointer, "\"" + name + "\" applies only to an integer \"value\"");
+            (name == "min" ? min : max) = item.get<int64_t>();
+        } else {
+            check.failAt(field(name), pointer,
+                         "unknown variable field \"" + name + "\" (known: value, accepted, min, max)");
+        }
+    }
+    if (min && max && *min > *max)
+        check.failAt(field("min"), pointer, "\"min\" must not be greater than \"max\"");
+}
+
 void checkStore(const json &store, const Checker &check)
 {
     check.expect(store.is_object(), "/store", "must be an object of namespace paths");
@@ -181,9 +247,11 @@ void checkStore(const json &store, const Checker &check)
                 if (row.contains("index"))
                     check.int32(row["index"], rowPointer + "/index");
             }
+        } else if (entry.is_object()) {
+            checkVariableObject(entry, pointer, check);
         } else {
-            check.expect(entry.is_number_integer() || entry.is_string() || entry.is_object(), pointer,
-                         "must be a table (array of rows), an integer, a text or an object");
+            check.expect(entry.is_number_integer() || entry.is_string(), pointer,
+                         "must be a table (array of rows), an integer, a text or an object with \"value\"");
         }
     }
 }
@@ -208,8 +276,11 @@ Fault readFault(const json &entry, const std::string &pointer, const Checker &ch
         } else if (name == "times") {
             fault.times = check.int32(value, field);
             check.expect(fault.times >= 0, field, "must not be negative");
+        } else if (name == "count") {
+            fault.count = check.int32(value, field);
+            check.expect(fault.call == "quel_dm_GetRowCount", field, "only quel_dm_GetRowCount has a count to write");
         } else {
-            check.fail(field, "unknown fault field (known: call, key, result, status, times)");
+            check.fail(field, "unknown fault field (known: call, key, result, status, times, count)");
         }
     }
     return fault;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,18 +19,21 @@ namespace orv3::sim {
 // Makes a platform call fail: every call of `call` whose key (namespace
 // path, or the service's own key) equals `key`, or every call when `key` is
 // empty, returns `result` and writes `status` as its status word. With
-// `times` >= 0 only that many matching calls fail.
+// `times` >= 0 only that many matching calls fail. A `count` is written to
+// the count out-parameter of a failing quel_dm_GetRowCount as well.
 struct Fault {
     std::string call;
     std::string key;
     int32_t result = 1;
     int32_t status = 9;
     int64_t times = -1;
+    std::optional<int32_t> count;
 };
 
 struct Machine {
     std::string description;
-    nlohmann::json store = nlohmann::json::object(); // data manager: path -> table rows or value
+    // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
+    nlohmann::json store = nlohmann::json::object();
     std::vector<Fault> faults;
 };
 

@@ -52,4 +52,24 @@ private:
     std::vector<int64_t> faultUses_;
 };
 
+// Writes `word` to a call's status out-parameter, when it has one, and
+// returns `result`: the last step of every data-manager call.
+inline int32_t finish(int32_t *status, int32_t result, int32_t word)
+{
+    if (status)
+        *status = word;
+    return result;
+}
+
+// Enters a call that has a status word: true when a fault makes it fail,
+// with `result` set to what the call returns and the fault's status written.
+inline bool failedByFault(std::string_view call, std::string_view key, int32_t *status, int32_t &result)
+{
+    auto fault = Platform::instance().enter(call, key);
+    if (!fault)
+        return false;
+    result = finish(status, fault->result, fault->status);
+    return true;
+}
+
 } // namespace orv3::sim
