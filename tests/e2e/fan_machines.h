@@ -45,13 +45,25 @@ inline nlohmann::json fanRow(const Fan &fan)
             {"status", fan.status}};
 }
 
+// The single variables every controller's store holds: the module reads
+// them for its scalars, and a walk passes through all of them.
+inline nlohmann::json controllerVariables()
+{
+    return {{"s/voltages/status/count", 0},
+            {"s/temperatures/status/count", 0},
+            {"s/lightpathstatus/other/identification", 0},
+            {"s/lightpathstatus/other/info", 0},
+            {"s/lightpathstatus/data/swe_username", ""}};
+}
+
 inline std::string machineWithFans(const std::vector<Fan> &fans, nlohmann::json faults = nlohmann::json::array())
 {
     nlohmann::json rows = nlohmann::json::array();
     for (const Fan &fan : fans)
         rows.push_back(fanRow(fan));
-    return nlohmann::json{{"description", "test machine"}, {"store", {{kFanStoreTable, rows}}}, {"faults", faults}}
-        .dump(2);
+    nlohmann::json store = controllerVariables();
+    store[kFanStoreTable] = rows;
+    return nlohmann::json{{"description", "test machine"}, {"store", store}, {"faults", faults}}.dump(2);
 }
 
 inline const std::vector<Fan> kThreeFans = {

@@ -1,5 +1,7 @@
 #include "bound_rows.h"
 
+#include "trace.h"
+
 #include <cstdio>
 
 namespace orv3 {
@@ -10,7 +12,7 @@ const char *statusText(int32_t status)
     return text ? text : "";
 }
 
-int loadBoundRows(const BoundTableSource &source, void (*addRow)())
+static int readBoundRows(const BoundTableSource &source, void (*addRow)())
 {
     int32_t status = 0;
     if (!*source.binding) {
@@ -40,6 +42,17 @@ int loadBoundRows(const BoundTableSource &source, void (*addRow)())
     if (quel_dm_FreeBinding(*source.binding, &status) != 0)
         puts("failed to call quel_dm_FreeBinding");
     *source.binding = nullptr;
+    return rows;
+}
+
+int loadBoundRows(const BoundTableSource &source, void (*clear)(), void (*addRow)(), std::source_location where)
+{
+    if (source.traceEnter)
+        ORV3_TRACE_AT(source.loaderName, where, source.token, "%s enter\n", source.loaderName);
+    clear();
+    int rows = readBoundRows(source, addRow);
+    if (source.traceRowsLoaded)
+        ORV3_TRACE_AT(source.loaderName, where, source.token, "%s iIndex = %d\n", source.loaderName, rows);
     return rows;
 }
 

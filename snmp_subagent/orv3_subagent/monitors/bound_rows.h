@@ -10,6 +10,7 @@
 #include "orv3/data_manager.h"
 
 #include <cstdint>
+#include <source_location>
 
 namespace orv3 {
 
@@ -21,6 +22,11 @@ struct BoundTableSource {
     // The first-row failure message ends with the call's own result
     // (", varStatus = %d") in most tables; some print the status only.
     bool firstRowMessageWithResult;
+    // Traces under `token`: "<loader> enter" at the start of a load, and
+    // "<loader> iIndex = <rows>" at its end.
+    const char *token = nullptr;
+    bool traceEnter = false;
+    bool traceRowsLoaded = false;
 };
 
 // A load never takes more rows than this from one binding, so that a store
@@ -29,7 +35,10 @@ constexpr int kMaxRowsPerLoad = 65536;
 
 // Binds if needed and reads every row, calling `addRow` with the holders
 // filled for each. Returns the number of rows read.
-int loadBoundRows(const BoundTableSource &source, void (*addRow)());
+// A table that traces its loads clears itself after the "enter" trace, so
+// the loader's own clear routine is passed in.
+int loadBoundRows(const BoundTableSource &source, void (*clear)(), void (*addRow)(),
+                  std::source_location where = std::source_location::current());
 
 // The store's row count of a table, with the call's own result and status.
 struct RowCountReply {

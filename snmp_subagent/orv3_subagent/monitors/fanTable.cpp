@@ -2,6 +2,7 @@
 // Rows come from the store table "s/fans/status/fantbl" (fanTable_local.cpp)
 // and are reloaded once two whole seconds have passed since the last load.
 #include "fanTable.h"
+#include "hw_health_tables.h"
 
 #include <cstdio>
 
@@ -35,7 +36,9 @@ const orv3::TableInfo fanTable_info = {
     .rootOidLength = OID_LENGTH(fanTable_oid),
     .maxColumn = 10,
     .columns = fanTable_columns,
-    .handlerStyle = {.missingRowMarksAll = true, .entryTrace = "fanTable_handler: reqinfo->mode = %d\n"},
+    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
+                     .entryTrace = "fanTable_handler: reqinfo->mode = %d\n",
+                     .groupState = nullptr},
 };
 const orv3::RefreshRule fanTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
 int32_t fanTable_stamp = 0;
@@ -44,6 +47,7 @@ orv3::RowList fanTable_rows(fanTable_head);
 } // namespace
 
 ORV3_ROW_TABLE_ROUTINES(fanTable, fanTable_entry_t)
+ORV3_ROW_TABLE_REGISTRATION(fanTable)
 
 extern "C" {
 
@@ -54,11 +58,7 @@ int fanTable_update_row(int, fanTable_entry_t *)
 
 int fanTable_commit_row(int request_id, fanTable_entry_t *row)
 {
-    if (row->head.last_request_id == request_id)
-        return 0;
-    printf("%s row=%ld\n", __func__, static_cast<long>(row->head.index));
-    row->head.last_request_id = request_id;
-    return 0;
+    return orv3::commitRowOnce(__func__, &row->head, request_id);
 }
 
 // Checks for a writable variant of the table; they accept every value.

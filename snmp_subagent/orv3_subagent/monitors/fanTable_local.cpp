@@ -60,8 +60,7 @@ int initialize_fanTable_local(void)
 {
     static const orv3::BoundTableSource source = {kFanStoreTable, myfan_columns, &fanTable_binding,
                                                   "initialize_fanTable_local", true};
-    fanTable_clear();
-    gFanTableLastRowCount = orv3::loadBoundRows(source, [] {
+    gFanTableLastRowCount = orv3::loadBoundRows(source, fanTable_clear, [] {
         fanTable_entry_t *row = fanTable_createEntry(&fanTable_binding);
         if (!row)
             return;

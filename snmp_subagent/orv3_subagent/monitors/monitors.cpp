@@ -7,4 +7,14 @@ extern "C" void init_snmp_module_monitors(void)
 {
     init_fans_scalars();
     init_fanTable();
+    init_voltage();
+    init_voltTable();
+    init_temperature();
+    init_tempTable();
+    init_leds();
+    init_allLEDsTable();
+    init_powerModule();
+    init_powerTable();
+    init_disks();
+    init_diskTable();
 }

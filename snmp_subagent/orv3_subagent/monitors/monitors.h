@@ -7,5 +7,15 @@ void init_snmp_module_monitors(void);
 
 int init_fans_scalars(void);
 int init_fanTable(void);
+int init_voltage(void);
+int init_voltTable(void);
+int init_temperature(void);
+int init_tempTable(void);
+int init_leds(void);
+int init_allLEDsTable(void);
+int init_powerModule(void);
+int init_powerTable(void);
+int init_disks(void);
+int init_diskTable(void);
 
 } // extern "C"

@@ -2,6 +2,8 @@
 
 #include "trace.h"
 
+#include "orv3/agent_binding.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -209,19 +211,70 @@ static const Column *findColumn(const TableInfo &table, unsigned number)
     return nullptr;
 }
 
+static bool isSetPhase(int mode)
+{
+    return mode >= MODE_SET_RESERVE1 && mode <= MODE_SET_UNDO;
+}
+
+static int requestIdOf(const netsnmp_agent_request_info *reqinfo)
+{
+    return reqinfo->asp && reqinfo->asp->pdu ? reqinfo->asp->pdu->reqid : 0;
+}
+
+// Answers the request's column from its row, or noSuchObject for a column
+// the table does not serve.
+static void answerRequest(const TableInfo &table, netsnmp_agent_request_info *reqinfo, netsnmp_request_info *request,
+                          const orv3_row_head_t *row)
+{
+    netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
+    const Column *column = info ? findColumn(table, info->colnum) : nullptr;
+    if (column)
+        answerColumn(*column, row, request);
+    else
+        netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
+}
+
+static int perRequestHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
+                             netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests,
+                             std::source_location where)
+{
+    const int mode = reqinfo->mode;
+    ORV3_TRACE_AT(handlerName, where, table.name, "%s: reqmode = %d-%s State %s\n", handlerName, mode,
+                  getSNMPModeName(mode), getHandlerStateName(*table.handlerStyle.groupState));
+    for (netsnmp_request_info *request = requests; request; request = request->next) {
+        if (request->processed)
+            continue;
+        auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
+        if (!row) {
+            netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
+            return 0;
+        }
+        if (isSetPhase(mode)) {
+            netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
+        } else if (mode == MODE_GET) {
+            if (updateRow(requestIdOf(reqinfo), row) != 0)
+                netsnmp_request_set_error(request, SNMP_NOSUCHINSTANCE);
+            else
+                answerRequest(table, reqinfo, request, row);
+        }
+    }
+    return 0;
+}
+
 int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
                  netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests, std::source_location where)
 {
-    ORV3_TRACE_AT(handlerName, where, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
+    if (table.handlerStyle.kind == TableHandlerStyle::PerRequest)
+        return perRequestHandler(table, handlerName, updateRow, reqinfo, requests, where);
 
-    if (reqinfo->mode >= MODE_SET_RESERVE1 && reqinfo->mode <= MODE_SET_UNDO) {
+    ORV3_TRACE_AT(handlerName, where, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
+    if (isSetPhase(reqinfo->mode)) {
         netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
         return 0;
     }
     if (reqinfo->mode != MODE_GET || !requests)
         return 0;
 
-    int requestId = reqinfo->asp && reqinfo->asp->pdu ? reqinfo->asp->pdu->reqid : 0;
     for (netsnmp_request_info *request = requests; request; request = request->next) {
         // The table helper has already answered a column beyond the table
         // (noSuchObject) and marked it processed.
@@ -230,19 +283,11 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
         auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
         if (!row) {
             // Requests answered earlier in this pass are overwritten too.
-            if (table.handlerStyle.missingRowMarksAll)
-                netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
-            else
-                netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
+            netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
             return 0;
         }
-        netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
-        updateRow(requestId, row);
-        const Column *column = info ? findColumn(table, info->colnum) : nullptr;
-        if (column)
-            answerColumn(*column, row, request);
-        else
-            netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
+        updateRow(requestIdOf(reqinfo), row);
+        answerRequest(table, reqinfo, request, row);
     }
     return 0;
 }

@@ -33,6 +33,12 @@ typedef struct orv3_row_head {
     int32_t index;              // the row's single INTEGER index
 } orv3_row_head_t;
 
+// A text column of 32 bytes with its served length.
+typedef struct orv3_text32 {
+    char text[32];
+    uint32_t len;
+} orv3_text32_t;
+
 } // extern "C"
 
 namespace orv3 {
@@ -81,6 +87,12 @@ struct Column {
         n, ASN_OCTET_STR, offsetof(Row, field), sizeof(Row::field), offsetof(Row, lengthField)                         \
     }
 
+#define ORV3_TEXT32_COLUMN(n, Row, field)                                                                              \
+    ::orv3::Column                                                                                                     \
+    {                                                                                                                  \
+        n, ASN_OCTET_STR, offsetof(Row, field.text), sizeof(orv3_text32_t::text), offsetof(Row, field.len)             \
+    }
+
 // Answers `column` of `row` into the request's varbind.
 void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request);
 
@@ -110,13 +122,19 @@ size_t retiredRowCount();
 // pass one).
 orv3_row_head_t *allocateRow(const void *hint, size_t size);
 
-// What a table handler does besides answering columns.
+// What a table handler does besides answering columns. Two handlers serve
+// the module's tables:
+// - whole-list (fan, power, disk): SET phases mark every request readOnly
+//   before anything else; a request without a row marks every request of
+//   the list noSuchInstance; the entry trace shows the mode (`entryTrace`);
+// - per-request (voltage, temperature, LEDs): each request's row is checked
+//   first, and a missing row marks only the first request of the list
+//   noSuchInstance; the entry trace names the mode and the state of the
+//   settable group the table belongs with (`groupState`).
 struct TableHandlerStyle {
-    // A request without a row marks every request of the list (true) or
-    // only the first one (false) noSuchInstance.
-    bool missingRowMarksAll;
-    // printf format of the entry trace, given the request mode.
-    const char *entryTrace;
+    enum Kind { WholeList, PerRequest } kind;
+    const char *entryTrace;    // whole-list: printf format given the mode
+    const int32_t *groupState; // per-request: e.g. &voltageHandlerState
 };
 
 // Everything the engine needs to know of one table.
@@ -148,6 +166,8 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
 // record ROW, given `T_info` (TableInfo), `T_rows` (RowList), `T_refresh`
 // (RefreshRule) and `T_stamp` (int32_t) in the table's file, and the
 // table-specific `initialize_T_local` and `T_update_row` defined there too.
+// The registration routines come from ORV3_ROW_TABLE_REGISTRATION, unless a
+// table registers in a way of its own.
 #define ORV3_ROW_TABLE_ROUTINES(T, ROW)                                                                                \
     extern "C" {                                                                                                       \
     ROW *T##_createEntry(void *hint)                                                                                   \
@@ -192,6 +212,11 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
             [](int id, orv3_row_head_t *row) { return T##_update_row(id, reinterpret_cast<ROW *>(row)); }, reqinfo,    \
             requests);                                                                                                 \
     }                                                                                                                  \
+    }
+
+// init_T and initialize_table_T: register the table as it is.
+#define ORV3_ROW_TABLE_REGISTRATION(T)                                                                                 \
+    extern "C" {                                                                                                       \
     int initialize_table_##T(void)                                                                                     \
     {                                                                                                                  \
         return ::orv3::registerTable(T##_info, T##_handler, T##_get_first_data_point, T##_get_next_data_point);        \

@@ -1,0 +1,68 @@
+// allLEDsTable, 1.3.6.1.4.1.53917.11.1.1.8.2: one row per light-path LED,
+// indexed by ledIndex. Rows come from "s/lightpathstatus/status/lightpathstatustbl"
+// (allLEDsTable_local.cpp), reloaded when more than three seconds have
+// passed since the last load, so steady polling still sees a reload at
+// least every fourth second. Columns 1 to 6 are registered, but column 3
+// holds no object and always answers noSuchObject.
+#include "leds.h"
+#include "trace.h"
+
+#include <cstdio>
+
+static const oid allLEDsTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 8, 2};
+
+extern "C" {
+orv3_row_head_t *allLEDsTable_head = nullptr;
+size_t allLEDsTable_oid_len = OID_LENGTH(allLEDsTable_oid);
+}
+
+namespace {
+
+using Row = allLEDsTable_entry_t;
+
+constexpr orv3::Column allLEDsTable_columns_served[] = {
+    ORV3_INTEGER_COLUMN(1, Row, head.index),    ORV3_INTEGER_COLUMN(2, Row, identifier),
+    ORV3_TEXT_COLUMN(4, Row, label, label_len), ORV3_INTEGER_COLUMN(5, Row, state),
+    ORV3_TEXT_COLUMN(6, Row, color, color_len),
+};
+
+const orv3::TableInfo allLEDsTable_info = {
+    .name = "allLEDsTable",
+    .rootOid = allLEDsTable_oid,
+    .rootOidLength = OID_LENGTH(allLEDsTable_oid),
+    .maxColumn = 6,
+    .columns = allLEDsTable_columns_served,
+    .handlerStyle = {.kind = orv3::TableHandlerStyle::PerRequest,
+                     .entryTrace = nullptr,
+                     .groupState = &ledsHandlerState},
+};
+const orv3::RefreshRule allLEDsTable_refresh = {orv3::RefreshRule::FixedPeriod, 3};
+int32_t allLEDsTable_stamp = 0;
+orv3::RowList allLEDsTable_rows(allLEDsTable_head);
+
+} // namespace
+
+ORV3_ROW_TABLE_ROUTINES(allLEDsTable, allLEDsTable_entry_t)
+ORV3_ROW_TABLE_REGISTRATION(allLEDsTable)
+
+extern "C" {
+
+int allLEDsTable_update_row(int, allLEDsTable_entry_t *)
+{
+    return 0;
+}
+
+// Nothing reaches this while the table is read-only; it writes nothing.
+int allLEDsTable_commit_row(int request_id, allLEDsTable_entry_t *row)
+{
+    if (!pledsVars)
+        return SNMP_ERR_GENERR;
+    char rowPath[256];
+    snprintf(rowPath, sizeof rowPath, "s/lightpathstatus/status/lightpathstatustbl[%ld]",
+             static_cast<long>(row->head.index));
+    ORV3_TRACE("allLEDsTable", "sRow = %s\n", rowPath);
+    row->head.last_request_id = request_id;
+    return 0;
+}
+
+} // extern "C"

@@ -1,0 +1,47 @@
+#include "sensor_text_table.h"
+
+#include "bound_rows.h"
+#include "text.h"
+#include "trace.h"
+
+#include <cstdio>
+
+namespace orv3 {
+
+void copySensorTexts(sensor_text_entry_t *row, int32_t index, const quel_dm_string_holder_t *const holders[10],
+                     size_t bound)
+{
+    row->head.index = index;
+    for (size_t i = 0; i < 10; ++i) {
+        orv3_text32_t &field = row->*kSensorTexts[i];
+        size_t capacity = holders[i]->capacity > 0 ? static_cast<size_t>(holders[i]->capacity) : 0;
+        field.len = copyText(field.text, bound, holders[i]->buffer, capacity);
+    }
+}
+
+int32_t sensorTableRowCount(const char *routine, const char *token, const char *storeTable, std::source_location where)
+{
+    RowCountReply reply = queryRowCount(storeTable);
+    ORV3_TRACE_AT(routine, where, token, "%s curRowCount=%ld\n", routine, static_cast<long>(reply.count));
+    if (reply.result != 0) {
+        printf("%s quel_dm_GetRowCount error %d-%s\n", routine, reply.status, statusText(reply.status));
+        return negated(reply.status);
+    }
+    return reply.count;
+}
+
+int sensorTableCommitRow(const char *routine, const char *token, const char *rowPathFormat, quel_dm_varlist_t vars,
+                         int requestId, sensor_text_entry_t *row, std::source_location where)
+{
+    ORV3_TRACE_AT(routine, where, token, "%s: reqid = %d, index = %ld\n", routine, requestId,
+                  static_cast<long>(row->head.index));
+    if (!vars)
+        return SNMP_ERR_GENERR;
+    char rowPath[256];
+    snprintf(rowPath, sizeof rowPath, rowPathFormat, static_cast<long>(row->head.index));
+    ORV3_TRACE_AT(routine, where, token, "sRow = %s\n", rowPath);
+    row->head.last_request_id = requestId;
+    return 0;
+}
+
+} // namespace orv3
