@@ -136,11 +136,10 @@ TEST(SensorTables, MissingRowMarksOnlyTheFirstVarbindNoSuchInstance)
     Response reply = agent.client().get({voltCell(2, 1), voltCell(2, 99), voltCell(2, 2)});
     ASSERT_TRUE(reply.ok()) << reply;
     ASSERT_EQ(reply.varbinds.size(), 3u);
-    EXPECT_EQ(typeName(reply.varbinds[0].type), "noSuchInstance") << reply;
-    // The handler stops at the missing row: what the agent says of the
-    // varbinds it left unanswered is its own.
-    EXPECT_NE(reply.varbinds[1].octets, "Planar 3.3V") << reply;
-    EXPECT_NE(reply.varbinds[2].octets, "Planar 3.3V") << reply;
+    // The handler marks the first varbind and stops; the agent answers the
+    // varbinds it left unanswered noSuchInstance itself.
+    for (const VarBind &vb : reply.varbinds)
+        EXPECT_EQ(typeName(vb.type), "noSuchInstance") << reply;
 }
 
 TEST(SensorTables, LoadsAndRequestsAreTraced)
