@@ -142,6 +142,16 @@ json parseWithLines(const std::string &text, const std::string &file, LineMap &l
     }
 }
 
+bool fitsInt32(const json &value)
+{
+    if (value.is_number_unsigned())
+        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
+    if (!value.is_number_integer())
+        return false;
+    auto wide = value.get<int64_t>();
+    return wide >= INT32_MIN && wide <= INT32_MAX;
+}
+
 class Checker {
 public:
     Checker(const std::string &file, const LineMap &lines) : file_(file), lines_(lines) {}
@@ -165,25 +175,14 @@ public:
     int32_t int32(const json &value, const std::string &pointer) const
     {
         expect(value.is_number_integer(), pointer, "must be an integer");
-        auto wide = value.get<int64_t>();
-        expect(wide >= INT32_MIN && wide <= INT32_MAX, pointer, "does not fit in 32 bits");
-        return static_cast<int32_t>(wide);
+        expect(fitsInt32(value), pointer, "does not fit in 32 bits");
+        return static_cast<int32_t>(value.get<int64_t>());
     }
 
 private:
     const std::string &file_;
     const LineMap &lines_;
 };
-
-bool fitsInt32(const json &value)
-{
-    if (value.is_number_unsigned())
-        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
-    if (!value.is_number_integer())
-        return false;
-    auto wide = value.get<int64_t>();
-    return wide >= INT32_MIN && wide <= INT32_MAX;
-}
 
 // A single variable with constraints on what may be written to it:
 // {"value": 0, "accepted": [0, 1, 2]} or {"value": 10, "min": 0, "max": 100}.
@@ -286,6 +285,77 @@ Fault readFault(const json &entry, const std::string &pointer, const Checker &ch
     return fault;
 }
 
+std::string text(const json &value, const std::string &pointer, const Checker &check)
+{
+    check.expect(value.is_string(), pointer, "must be a text");
+    return value.get<std::string>();
+}
+
+// {"severity": 3, "message": "Fan 3A Tach has failed."}: both required.
+ActiveEvent readEvent(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "an event must be an object");
+    ActiveEvent event;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "severity")
+            event.severity = check.int32(value, field);
+        else if (name == "message")
+            event.message = text(value, field, check);
+        else
+            check.fail(field, "unknown event field (known: severity, message)");
+    }
+    check.expect(entry.contains("severity"), pointer, "an event needs \"severity\" (integer)");
+    check.expect(entry.contains("message"), pointer, "an event needs \"message\" (text)");
+    return event;
+}
+
+// {"id": 7, "user": "admin", "access": "SSH", "address": "192.0.2.15",
+//  "describable": true}: all but "describable" required.
+Session readSession(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "a session must be an object");
+    Session session;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "id") {
+            session.id = check.int32(value, field);
+        } else if (name == "user") {
+            session.user = text(value, field, check);
+        } else if (name == "access") {
+            session.access = text(value, field, check);
+        } else if (name == "address") {
+            session.address = text(value, field, check);
+        } else if (name == "describable") {
+            check.expect(value.is_boolean(), field, "must be true or false");
+            session.describable = value.get<bool>();
+        } else {
+            check.fail(field, "unknown session field (known: id, user, access, address, describable)");
+        }
+    }
+    check.expect(entry.contains("id"), pointer, "a session needs \"id\" (integer)");
+    for (const char *name : {"user", "access", "address"})
+        check.expect(entry.contains(name), pointer, std::string("a session needs \"") + name + "\" (text)");
+    return session;
+}
+
+std::vector<Session> readSessions(const json &value, const std::string &pointer, const Checker &check)
+{
+    check.expect(value.is_array(), pointer, "must be an array of sessions");
+    std::vector<Session> sessions;
+    std::map<int32_t, size_t> firstWithId;
+    for (size_t i = 0; i < value.size(); ++i) {
+        std::string at = pointer + "/" + std::to_string(i);
+        sessions.push_back(readSession(value[i], at, check));
+        // A session is described by its id, so an id names one session.
+        auto [first, fresh] = firstWithId.emplace(sessions.back().id, i);
+        check.expect(fresh, at + "/id",
+                     "session id " + std::to_string(sessions.back().id) + " is already that of " + pointer + "/" +
+                         std::to_string(first->second));
+    }
+    return sessions;
+}
+
 } // namespace
 
 std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file)
@@ -304,6 +374,13 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
         } else if (name == "store") {
             checkStore(value, check);
             machine->store = value;
+        } else if (name == "events") {
+            check.expect(value.is_array(), pointer, "must be an array of events");
+            size_t i = 0;
+            for (const json &entry : value)
+                machine->events.push_back(readEvent(entry, pointer + "/" + std::to_string(i++), check));
+        } else if (name == "sessions") {
+            machine->sessions = readSessions(value, pointer, check);
         } else if (name == "faults") {
             check.expect(value.is_array(), pointer, "must be an array of faults");
             size_t i = 0;
@@ -311,7 +388,7 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->faults.push_back(readFault(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name.rfind("_", 0) != 0) {
             // Names starting with "_" are free for comments.
-            check.fail(pointer, "unknown section (known: description, store, faults)");
+            check.fail(pointer, "unknown section (known: description, store, events, sessions, faults)");
         }
     }
     return machine;

@@ -30,10 +30,30 @@ struct Fault {
     std::optional<int32_t> count;
 };
 
+// An active event of the event database: its severity (enumLogServ: 2
+// warning, 3 error, any other value passed through) and its message.
+struct ActiveEvent {
+    int32_t severity = 0;
+    std::string message;
+};
+
+// An open login session of the session manager. A session that is not
+// describable is still listed by id but cannot be described any more, as a
+// session that ended between the two calls.
+struct Session {
+    int32_t id = 0;
+    std::string user;
+    std::string access;
+    std::string address;
+    bool describable = true;
+};
+
 struct Machine {
     std::string description;
     // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
     nlohmann::json store = nlohmann::json::object();
+    std::vector<ActiveEvent> events; // event database, in list order
+    std::vector<Session> sessions;   // session manager, in id-list order
     std::vector<Fault> faults;
 };
 

@@ -54,7 +54,8 @@ TEST(MachineFile, WrongKindOfValueNamesItsLine)
 
 TEST(MachineFile, UnknownSectionIsRefused)
 {
-    EXPECT_EQ(errorOf("{\n\"fans\": []\n}"), "m.json:2: /fans: unknown section (known: description, store, faults)");
+    EXPECT_EQ(errorOf("{\n\"fans\": []\n}"),
+              "m.json:2: /fans: unknown section (known: description, store, events, sessions, faults)");
 }
 
 TEST(MachineFile, FaultNeedsACall)
