@@ -35,14 +35,33 @@ public:
         faults_.push_back({{"call", call}, {"key", key}, {"result", result}, {"status", status}, {"count", count}});
         return *this;
     }
+    MachineBuilder &event(int severity, const std::string &message)
+    {
+        events_.push_back({{"severity", severity}, {"message", message}});
+        return *this;
+    }
+    MachineBuilder &session(int id, const std::string &user, const std::string &access,
+                            const std::string &address = "192.0.2.10", bool describable = true)
+    {
+        sessions_.push_back(
+            {{"id", id}, {"user", user}, {"access", access}, {"address", address}, {"describable", describable}});
+        return *this;
+    }
     std::string json() const
     {
-        return nlohmann::json{{"description", "test machine"}, {"store", store_}, {"faults", faults_}}.dump(2);
+        return nlohmann::json{{"description", "test machine"},
+                              {"store", store_},
+                              {"events", events_},
+                              {"sessions", sessions_},
+                              {"faults", faults_}}
+            .dump(2);
     }
 
 private:
     nlohmann::json store_ = controllerVariables();
     nlohmann::json faults_ = nlohmann::json::array();
+    nlohmann::json events_ = nlohmann::json::array();
+    nlohmann::json sessions_ = nlohmann::json::array();
 };
 
 } // namespace orv3::test

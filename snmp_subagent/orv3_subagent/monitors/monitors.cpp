@@ -11,8 +11,11 @@ extern "C" void init_snmp_module_monitors(void)
     init_voltTable();
     init_temperature();
     init_tempTable();
+    init_currentlyLoggedInTable();
     init_leds();
     init_allLEDsTable();
+    init_systemHealth();
+    init_systemHealthSummaryTable();
     init_powerModule();
     init_powerTable();
     init_disks();

@@ -7,40 +7,47 @@
 
 namespace orv3 {
 
-void storeInt32(void *cell, size_t *size, int32_t value)
+namespace {
+
+size_t oidLengthOf(const scalar_decl_t &)
 {
-    memcpy(cell, &value, sizeof value);
-    *size = sizeof value;
+    return kScalarOidLength;
+}
+size_t oidLengthOf(const scalar_decl_ex_t &decl)
+{
+    return decl.oid_len;
 }
 
-void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
-                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+template <class Decl>
+void registerDecls(const char *routine, const char *group, const Decl *decls, InstanceKind kind, const char *typeLabel,
+                   Netsnmp_Node_Handler *handler, std::source_location where)
 {
     ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
-    for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl) {
+    for (const Decl *decl = decls; decl && decl->name; ++decl) {
         int result = kind == InstanceKind::ReadOnlyUlong
-                         ? netsnmp_register_read_only_ulong_instance(group, decl->oid, kScalarOidLength,
+                         ? netsnmp_register_read_only_ulong_instance(group, decl->oid, oidLengthOf(*decl),
                                                                      static_cast<u_long *>(decl->value), handler)
-                         : netsnmp_register_read_only_long_instance(group, decl->oid, kScalarOidLength,
+                         : netsnmp_register_read_only_long_instance(group, decl->oid, oidLengthOf(*decl),
                                                                     static_cast<long *>(decl->value), handler);
         ORV3_TRACE_AT(routine, where, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
                       result == MIB_REGISTERED_OK ? "OK" : "failed");
     }
 }
 
-static const scalar_decl_t *findByScalarArc(const scalar_decl_t *decls, const netsnmp_variable_list *vb)
+template <class Decl> const Decl *findByScalarArc(const Decl *decls, const netsnmp_variable_list *vb)
 {
     if (vb->name_length < 2)
         return nullptr;
     size_t position = vb->name_length - 2;
-    for (const scalar_decl_t *decl = decls; decl && decl->name; ++decl)
-        if (decl->oid[position] == vb->name[position])
+    for (const Decl *decl = decls; decl && decl->name; ++decl)
+        if (position < oidLengthOf(*decl) && decl->oid[position] == vb->name[position])
             return decl;
     return nullptr;
 }
 
-int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                       netsnmp_request_info *requests)
+template <class Decl>
+int handleScalars(const Decl *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                  netsnmp_request_info *requests)
 {
     if (!requests)
         return 0;
@@ -48,7 +55,7 @@ int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, ne
     for (netsnmp_request_info *request = requests; request; request = request->next) {
         if (request->processed)
             continue;
-        const scalar_decl_t *decl = findByScalarArc(decls, request->requestvb);
+        const Decl *decl = findByScalarArc(decls, request->requestvb);
         if (!decl) {
             status = SNMP_ERR_NOSUCHNAME;
             continue;
@@ -75,6 +82,38 @@ int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, ne
         }
     }
     return status;
+}
+
+} // namespace
+
+void storeInt32(void *cell, size_t *size, int32_t value)
+{
+    memcpy(cell, &value, sizeof value);
+    *size = sizeof value;
+}
+
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+{
+    registerDecls(routine, group, decls, kind, typeLabel, handler, where);
+}
+
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_ex_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+{
+    registerDecls(routine, group, decls, kind, typeLabel, handler, where);
+}
+
+int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests)
+{
+    return handleScalars(decls, stdoutRoutine, reqinfo, requests);
+}
+
+int scalarGroupHandler(const scalar_decl_ex_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests)
+{
+    return handleScalars(decls, stdoutRoutine, reqinfo, requests);
 }
 
 } // namespace orv3

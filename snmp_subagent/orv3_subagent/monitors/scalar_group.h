@@ -65,13 +65,21 @@ enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
 
 // Registers every scalar of a group and traces "Registering <group>
 // variables" and one OK/failed line per scalar with `typeLabel`.
+// Nine-field records are registered with kScalarOidLength arcs, ten-field
+// records with their own length.
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler,
                          std::source_location where = std::source_location::current());
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_ex_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler,
+                         std::source_location where = std::source_location::current());
 
-// The generic group handler. `stdoutRoutine`, when set, prints
-// "<routine> reqinfo->mode = <mode>" for every request that matches.
+// The generic group handler, for either record form. `stdoutRoutine`, when
+// set, prints "<routine> reqinfo->mode = <mode>" for every request that
+// matches.
 int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests);
+int scalarGroupHandler(const scalar_decl_ex_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
                        netsnmp_request_info *requests);
 
 } // namespace orv3
