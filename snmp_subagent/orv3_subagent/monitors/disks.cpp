@@ -11,11 +11,7 @@ extern "C" {
 
 int disks_update_diskNumber(void *value, size_t *size)
 {
-    orv3::storeInt32(value, size, 0);
-    int32_t count = diskTable_get_row_count();
-    if (count >= 0)
-        orv3::storeInt32(value, size, count);
-    return 0;
+    return orv3::storeRowCount(value, size, diskTable_get_row_count);
 }
 
 scalar_decl_t disks_decl[] = {

@@ -13,11 +13,7 @@ extern "C" {
 // A failed count reads as 0 fans.
 int fans_scalars_update_fanNumber(void *value, size_t *size)
 {
-    orv3::storeInt32(value, size, 0);
-    int32_t count = fanTable_get_row_count();
-    if (count >= 0)
-        orv3::storeInt32(value, size, count);
-    return 0;
+    return orv3::storeRowCount(value, size, fanTable_get_row_count);
 }
 
 scalar_decl_t fans_scalars_decl[] = {

@@ -31,11 +31,7 @@ int powerModule_family_unsupported(const char *routine)
 
 int powerModule_update_powerNumber(void *value, size_t *size)
 {
-    orv3::storeInt32(value, size, 0);
-    int32_t count = powerTable_get_row_count();
-    if (count >= 0)
-        orv3::storeInt32(value, size, count);
-    return 0;
+    return orv3::storeRowCount(value, size, powerTable_get_row_count);
 }
 
 scalar_decl_t powerModule_decl[] = {

@@ -92,6 +92,15 @@ void storeInt32(void *cell, size_t *size, int32_t value)
     *size = sizeof value;
 }
 
+int storeRowCount(void *cell, size_t *size, int32_t (*rowCount)())
+{
+    storeInt32(cell, size, 0);
+    int32_t count = rowCount();
+    if (count >= 0)
+        storeInt32(cell, size, count);
+    return 0;
+}
+
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
 {

@@ -61,6 +61,10 @@ using ScalarCell = u_long;
 
 void storeInt32(void *cell, size_t *size, int32_t value);
 
+// The update of a count scalar: the table's row count, or 0 when the count
+// failed (a negative result).
+int storeRowCount(void *cell, size_t *size, int32_t (*rowCount)());
+
 enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
 
 // Registers every scalar of a group and traces "Registering <group>
