@@ -5,9 +5,6 @@
 // least every fourth second. Columns 1 to 6 are registered, but column 3
 // holds no object and always answers noSuchObject.
 #include "leds.h"
-#include "trace.h"
-
-#include <cstdio>
 
 static const oid allLEDsTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 8, 2};
 
@@ -55,14 +52,8 @@ int allLEDsTable_update_row(int, allLEDsTable_entry_t *)
 // Nothing reaches this while the table is read-only; it writes nothing.
 int allLEDsTable_commit_row(int request_id, allLEDsTable_entry_t *row)
 {
-    if (!pledsVars)
-        return SNMP_ERR_GENERR;
-    char rowPath[256];
-    snprintf(rowPath, sizeof rowPath, "s/lightpathstatus/status/lightpathstatustbl[%ld]",
-             static_cast<long>(row->head.index));
-    ORV3_TRACE("allLEDsTable", "sRow = %s\n", rowPath);
-    row->head.last_request_id = request_id;
-    return 0;
+    return orv3::commitRowOfGroup(__func__, "allLEDsTable", "s/lightpathstatus/status/lightpathstatustbl[%ld]",
+                                  pledsVars, request_id, &row->head);
 }
 
 } // extern "C"

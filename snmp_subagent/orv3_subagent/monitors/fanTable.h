@@ -23,19 +23,10 @@ typedef struct fanTable_entry {
     uint32_t health_status_len;
 } fanTable_entry_t;
 
-extern orv3_row_head_t *fanTable_head;
-extern size_t fanTable_oid_len;
 extern int32_t gFanTableLastRowCount;
 
-fanTable_entry_t *fanTable_createEntry(void *hint);
-fanTable_entry_t *fanTable_insertEntry(fanTable_entry_t *row);
-void fanTable_removeEntry(fanTable_entry_t *row);
-void fanTable_clear(void);
-void fanTable_check_for_update(void);
-int initialize_fanTable_local(void);
 int copy_bindings_to_fanTable_entry(fanTable_entry_t *row);
 int32_t fanTable_get_row_count(void);
-int fanTable_update_row(int request_id, fanTable_entry_t *row);
 int fanTable_commit_row(int request_id, fanTable_entry_t *row);
 int fanTable_validate_fanNonRecovLimitHigh(fanTable_entry_t *row);
 int fanTable_validate_fanCritLimitHigh(fanTable_entry_t *row);
@@ -43,9 +34,7 @@ int fanTable_validate_fanNonCritLimitHigh(fanTable_entry_t *row);
 int fanTable_validate_fanNonRecovLimitLow(fanTable_entry_t *row);
 int fanTable_validate_fanCritLimitLow(fanTable_entry_t *row);
 int fanTable_validate_fanNonCritLimitLow(fanTable_entry_t *row);
-int fanTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
-                     netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
-int init_fanTable(void);
-int initialize_table_fanTable(void);
 
 } // extern "C"
+
+ORV3_ROW_TABLE_DECLARATIONS(fanTable, fanTable_entry_t)

@@ -26,19 +26,6 @@ typedef struct systemHealthSummaryTable_entry {
     uint32_t description_len;
 } systemHealthSummaryTable_entry_t;
 
-extern orv3_row_head_t *systemHealthSummaryTable_head;
-extern size_t systemHealthSummaryTable_oid_len;
-
-systemHealthSummaryTable_entry_t *systemHealthSummaryTable_createEntry(void *hint);
-systemHealthSummaryTable_entry_t *systemHealthSummaryTable_insertEntry(systemHealthSummaryTable_entry_t *row);
-void systemHealthSummaryTable_removeEntry(systemHealthSummaryTable_entry_t *row);
-void systemHealthSummaryTable_clear(void);
-void systemHealthSummaryTable_check_for_update(void);
-int initialize_systemHealthSummaryTable_local(void);
-int systemHealthSummaryTable_update_row(int request_id, systemHealthSummaryTable_entry_t *row);
-int systemHealthSummaryTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
-                                     netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
-int init_systemHealthSummaryTable(void);
-int initialize_table_systemHealthSummaryTable(void);
-
 } // extern "C"
+
+ORV3_ROW_TABLE_DECLARATIONS(systemHealthSummaryTable, systemHealthSummaryTable_entry_t)

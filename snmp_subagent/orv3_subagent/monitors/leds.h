@@ -30,22 +30,11 @@ typedef struct allLEDsTable_entry {
     uint32_t color_len;
 } allLEDsTable_entry_t;
 
-extern orv3_row_head_t *allLEDsTable_head;
-extern size_t allLEDsTable_oid_len;
 extern quel_dm_column_binding_t allLEDsTable_columns[];
 
-allLEDsTable_entry_t *allLEDsTable_createEntry(void *hint);
-allLEDsTable_entry_t *allLEDsTable_insertEntry(allLEDsTable_entry_t *row);
-void allLEDsTable_removeEntry(allLEDsTable_entry_t *row);
-void allLEDsTable_clear(void);
-void allLEDsTable_check_for_update(void);
-int initialize_allLEDsTable_local(void);
 int copy_bindings_to_allLEDsTable_entry(allLEDsTable_entry_t *row);
-int allLEDsTable_update_row(int request_id, allLEDsTable_entry_t *row);
 int allLEDsTable_commit_row(int request_id, allLEDsTable_entry_t *row);
-int allLEDsTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
-                         netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
-int init_allLEDsTable(void);
-int initialize_table_allLEDsTable(void);
 
 } // extern "C"
+
+ORV3_ROW_TABLE_DECLARATIONS(allLEDsTable, allLEDsTable_entry_t)

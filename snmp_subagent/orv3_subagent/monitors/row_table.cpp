@@ -128,14 +128,6 @@ void RowList::clear()
     retire(first, last);
 }
 
-size_t RowList::size() const
-{
-    size_t count = 0;
-    for (const orv3_row_head_t *row = head_; row; row = row->next)
-        ++count;
-    return count;
-}
-
 // ---- serving ---------------------------------------------------------------
 
 void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request)

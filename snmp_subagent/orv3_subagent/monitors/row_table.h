@@ -107,7 +107,6 @@ public:
     void remove(orv3_row_head_t *row);
     // Retires every row; the list becomes empty.
     void clear();
-    size_t size() const;
 
 private:
     orv3_row_head_t *&head_;
@@ -225,4 +224,24 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
     {                                                                                                                  \
         return initialize_table_##T();                                                                                 \
     }                                                                                                                  \
+    }
+
+// Declares the engine routines of table T (ROW rows) and its own loader
+// and row hook, for the table's header. Routines particular to a table
+// (copy, row count, commit) are declared beside it.
+#define ORV3_ROW_TABLE_DECLARATIONS(T, ROW)                                                                            \
+    extern "C" {                                                                                                       \
+    extern orv3_row_head_t *T##_head;                                                                                  \
+    extern size_t T##_oid_len;                                                                                         \
+    ROW *T##_createEntry(void *hint);                                                                                  \
+    ROW *T##_insertEntry(ROW *row);                                                                                    \
+    void T##_removeEntry(ROW *row);                                                                                    \
+    void T##_clear(void);                                                                                              \
+    void T##_check_for_update(void);                                                                                   \
+    int initialize_##T##_local(void);                                                                                  \
+    int T##_update_row(int request_id, ROW *row);                                                                      \
+    int T##_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,                               \
+                    netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);                              \
+    int init_##T(void);                                                                                                \
+    int initialize_table_##T(void);                                                                                    \
     }

@@ -1,6 +1,7 @@
 #include "sensor_text_table.h"
 
 #include "bound_rows.h"
+#include "settable_group.h"
 #include "text.h"
 #include "trace.h"
 
@@ -35,13 +36,7 @@ int sensorTableCommitRow(const char *routine, const char *token, const char *row
 {
     ORV3_TRACE_AT(routine, where, token, "%s: reqid = %d, index = %ld\n", routine, requestId,
                   static_cast<long>(row->head.index));
-    if (!vars)
-        return SNMP_ERR_GENERR;
-    char rowPath[256];
-    snprintf(rowPath, sizeof rowPath, rowPathFormat, static_cast<long>(row->head.index));
-    ORV3_TRACE_AT(routine, where, token, "sRow = %s\n", rowPath);
-    row->head.last_request_id = requestId;
-    return 0;
+    return commitRowOfGroup(routine, token, rowPathFormat, vars, requestId, &row->head, where);
 }
 
 } // namespace orv3

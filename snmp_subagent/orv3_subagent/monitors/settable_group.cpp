@@ -3,6 +3,8 @@
 #include "text.h"
 #include "trace.h"
 
+#include <cstdio>
+
 namespace orv3 {
 
 void registerSettableGroup(const char *routine, const SettableGroup &group, bool writable,
@@ -106,6 +108,18 @@ void answer(netsnmp_request_info *request, const agent_binding_scalar_t *record)
 }
 
 } // namespace
+
+int commitRowOfGroup(const char *routine, const char *token, const char *rowPathFormat, quel_dm_varlist_t vars,
+                     int requestId, orv3_row_head_t *row, std::source_location where)
+{
+    if (!vars)
+        return SNMP_ERR_GENERR;
+    char rowPath[256];
+    snprintf(rowPath, sizeof rowPath, rowPathFormat, static_cast<long>(row->index));
+    ORV3_TRACE_AT(routine, where, token, "sRow = %s\n", rowPath);
+    row->last_request_id = requestId;
+    return 0;
+}
 
 int settableGroupHandler(const SettableGroup &group, netsnmp_agent_request_info *reqinfo,
                          netsnmp_request_info *requests, std::source_location where)

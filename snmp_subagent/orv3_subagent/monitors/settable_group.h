@@ -16,6 +16,7 @@
 
 #include "netsnmp.h"
 #include "orv3/agent_binding.h"
+#include "row_table.h"
 
 #include <source_location>
 
@@ -39,6 +40,14 @@ void registerSettableGroup(const char *routine, const SettableGroup &group, bool
 
 int settableGroupHandler(const SettableGroup &group, netsnmp_agent_request_info *reqinfo,
                          netsnmp_request_info *requests, std::source_location where = std::source_location::current());
+
+// The commit routine of a table that belongs with a settable group
+// (voltTable, tempTable, allLEDsTable): while the group holds an updatable
+// list, names the row's store path (`rowPathFormat` with the row's index)
+// and records the request on the row; it writes nothing to the store.
+// Without a list it answers genErr.
+int commitRowOfGroup(const char *routine, const char *token, const char *rowPathFormat, quel_dm_varlist_t vars,
+                     int requestId, orv3_row_head_t *row, std::source_location where = std::source_location::current());
 
 // The requester recorded with every write to the store.
 constexpr char kRequester[] = "SNMPv1";
