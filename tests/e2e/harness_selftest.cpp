@@ -210,6 +210,8 @@ TEST(HarnessAgent, EnvironmentFilesAndCommandLine)
     EXPECT_TRUE(contains(env, "ORV3_SIM_CALL_LOG=" + agent.dir() + "/calls.log"));
     EXPECT_TRUE(contains(env, "ORV3_SIM_CLOCK=" + agent.dir() + "/clock"));
     EXPECT_TRUE(contains(env, "SNMP_PERSISTENT_DIR=" + agent.dir() + "/persist"));
+    EXPECT_TRUE(contains(env, "SNMPCONFPATH=" + agent.dir() + "/conf"));
+    EXPECT_TRUE(contains(env, "HOME=" + agent.dir() + "/home"));
     EXPECT_TRUE(contains(env, "MIBS="));
     EXPECT_TRUE(contains(env, "ORV_FAMILY=fam"));
     EXPECT_TRUE(contains(env, "PLATFLAGS=x,y"));
@@ -351,10 +353,10 @@ TEST(HarnessAgent, StartFailureCarriesOutput)
         if (std::string(exe) == "/nonexistent/snmpd") {
             EXPECT_NE(message.find("execve failed"), std::string::npos) << message;
         }
-        // The directory is kept on failure; clean it up here.
+        // The message names the directory, which is gone: nothing is left behind.
         size_t pos = message.find("/tmp/orv3-e2e-");
         ASSERT_NE(pos, std::string::npos) << message;
-        fs::remove_all(message.substr(pos, message.find_first_of(" \n", pos) - pos));
+        EXPECT_FALSE(fs::exists(message.substr(pos, message.find_first_of(" \n", pos) - pos))) << message;
     }
 }
 

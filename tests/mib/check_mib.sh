@@ -11,8 +11,10 @@
 # Steps:
 #   1. smilint at level 6: any error fails; any warning fails unless it
 #      matches an expression of tests/mib/smilint-allowed.txt.
-#   2. net-snmp's snmptranslate loads the module (no complaint allowed) and
-#      describes every OBJECT-TYPE of the file in one batch; each line of
+#   2. net-snmp's snmptranslate loads the module (no complaint about the MIB
+#      allowed; the library's notices about its own directories are not
+#      about the MIB) and describes every OBJECT-TYPE of the file in one
+#      batch; each line of
 #      objects.tsv must match the object's OID, the wire type its SYNTAX
 #      maps to, and its MAX-ACCESS. Every readable or writable OBJECT-TYPE
 #      of the MIB must be listed in objects.tsv (tables and entries are
@@ -116,18 +118,29 @@ fi
 # -------------------------------------------------------- 2. snmptranslate
 # -M/-m replace the agent tools' default MIB path and module list, and an
 # empty SNMPCONFPATH keeps snmp.conf files (/etc/snmp, ~/.snmp) out, so that
-# neither configuration nor the environment changes what is loaded.
-mkdir "$tmp/snmpconf"
+# neither configuration nor the environment changes what is loaded. The
+# persistent directory and HOME are private too: the check neither reads nor
+# writes /var/lib/snmp or the user's home, whatever net-snmp did there before.
+mkdir "$tmp/snmpconf" "$tmp/home"
 translate() {
-    SNMPCONFPATH="$tmp/snmpconf" \
+    SNMPCONFPATH="$tmp/snmpconf" SNMP_PERSISTENT_DIR="$tmp/persist" HOME="$tmp/home" \
         snmptranslate -M "$root/mibs:$base_dir" -m "$module" "$@"
 }
 
-# loading alone must be silent
-if ! translate -On "$module::monitors" >"$tmp/load.out" 2>"$tmp/load.err" \
-        || [ -s "$tmp/load.err" ]; then
-    fail "snmptranslate cannot load $module cleanly:"
-    sed 's/^/    /' "$tmp/load.err"
+# What the tools say about the MIB: everything on standard error except the
+# library's notices about its own state ("Created directory: ..." when a
+# persistent directory is made for the first time).
+mib_complaints() {
+    grep -v -E '^Created directory: ' "$1" || true
+}
+
+# loading alone must be silent about the MIB
+rc=0
+translate -On "$module::monitors" >"$tmp/load.out" 2>"$tmp/load.err" || rc=$?
+mib_complaints "$tmp/load.err" >"$tmp/load.complaints"
+if [ "$rc" -ne 0 ] || [ -s "$tmp/load.complaints" ]; then
+    fail "snmptranslate cannot load $module cleanly (exit $rc):"
+    sed 's/^/    /' "$tmp/load.complaints"
 fi
 
 # every OBJECT-TYPE defined in the file
@@ -146,7 +159,8 @@ while [ "${#todo[@]}" -gt 0 ]; do
     args=()
     for n in "${todo[@]}"; do args+=("$module::$n"); done
     rc=0
-    translate -On -Td "${args[@]}" >>"$tmp/described" 2>"$tmp/td.err" || rc=$?
+    translate -On -Td "${args[@]}" >>"$tmp/described" 2>"$tmp/td.raw" || rc=$?
+    mib_complaints "$tmp/td.raw" >"$tmp/td.err"
     bad=$(sed -nE "s/^$module::([A-Za-z0-9-]+): Unknown Object Identifier.*/\1/p" \
         "$tmp/td.err" | head -n1)
     if [ "$rc" -eq 0 ] && [ -z "$bad" ]; then
@@ -284,7 +298,10 @@ if [ -s "$tmp/conf.names" ]; then
     mapfile -t conf <"$tmp/conf.names"
     args=()
     for n in "${conf[@]}"; do args+=("$module::$n"); done
-    if translate -On "${args[@]}" >"$tmp/conf.oids" 2>"$tmp/conf.err"; then
+    rc=0
+    translate -On "${args[@]}" >"$tmp/conf.oids" 2>"$tmp/conf.raw" || rc=$?
+    mib_complaints "$tmp/conf.raw" >"$tmp/conf.err"
+    if [ "$rc" -eq 0 ] && [ ! -s "$tmp/conf.err" ]; then
         paste "$tmp/conf.names" "$tmp/conf.oids" | while IFS=$'\t' read -r n o; do
             case "${o#.}." in
                 "$served".*) echo "FAIL: $n ($o) lies inside the served subtree $served" ;;

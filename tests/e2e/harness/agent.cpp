@@ -260,7 +260,14 @@ Agent::Agent(AgentOptions options) : options_(std::move(options))
             ::kill(pid_, SIGKILL);
             reap(true);
         }
-        std::fprintf(stderr, "[ harness  ] snmpd failed to start; directory kept: %s\n", dir_.c_str());
+        // The exception carries snmpd's output; the directory is kept only on request,
+        // so that tests of start failures leave nothing behind.
+        if (std::getenv("ORV3_E2E_KEEP")) {
+            std::fprintf(stderr, "[ harness  ] snmpd failed to start; directory kept: %s\n", dir_.c_str());
+        } else {
+            std::error_code ec;
+            fs::remove_all(dir_, ec);
+        }
         throw;
     }
 }
@@ -281,6 +288,8 @@ void Agent::start()
 {
     // Pre-created so that snmpd does not log "Created directory" lines.
     fs::create_directories(dir_ + "/persist/cert_indexes");
+    fs::create_directories(dir_ + "/conf");
+    fs::create_directories(dir_ + "/home");
 
     if (!options_.machineJson.empty())
         replaceMachine(options_.machineJson);
@@ -337,9 +346,12 @@ bool Agent::spawn(std::string &error)
     env["ORV3_SIM_MACHINE"] = machinePath();
     env["ORV3_SIM_CALL_LOG"] = callLogPath();
     env["ORV3_SIM_CLOCK"] = clockPath();
+    // Nothing of the machine's or the user's net-snmp state reaches the agent, and the
+    // agent writes nothing outside its directory.
     env["SNMP_PERSISTENT_DIR"] = dir_ + "/persist";
+    env["SNMPCONFPATH"] = dir_ + "/conf";
+    env["HOME"] = dir_ + "/home";
     env["MIBS"] = "";
-    env.erase("SNMPCONFPATH");
     env.erase("MIBDIRS");
     if (!options_.bareAgent) {
         if (ORV3_SANITIZE) {

@@ -60,7 +60,8 @@ struct AgentOptions {
 class Agent {
 public:
     // Starts snmpd and waits until it answers. Throws std::runtime_error (with snmpd's
-    // output in the message) when it cannot be started; the directory is kept then.
+    // output in the message) when it cannot be started; the directory is removed then,
+    // unless ORV3_E2E_KEEP is set in the environment.
     explicit Agent(AgentOptions options = {});
     // Stops snmpd (see stop()) and removes the directory unless the current test
     // failed (or ORV3_E2E_KEEP is set in the environment), in which case its path is printed.
