@@ -50,12 +50,46 @@ TEST_F(FanTableList, CreateEntryWithoutAHintGivesNothing)
     EXPECT_EQ(fanTable_createEntry(nullptr), nullptr);
 }
 
-TEST_F(FanTableList, InsertPushesAtTheFront)
+TEST_F(FanTableList, RowsFromAnAscendingStoreStayInIndexOrder)
 {
     fanTable_insertEntry(row(1));
     fanTable_insertEntry(row(2));
     fanTable_insertEntry(row(3));
-    EXPECT_EQ(indexes(), (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(FanTableList, RowsFromADescendingStoreAreKeptInIndexOrder)
+{
+    fanTable_insertEntry(row(3));
+    fanTable_insertEntry(row(2));
+    fanTable_insertEntry(row(1));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(FanTableList, RowsInAnyOrderAreKeptInIndexOrder)
+{
+    for (int index : {5, 1, 9, 3, 7, 2, 8})
+        fanTable_insertEntry(row(index));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 2, 3, 5, 7, 8, 9}));
+}
+
+TEST_F(FanTableList, NegativeIndexesSortAsTheUnsignedArcsTheIteratorBuilds)
+{
+    for (int index : {-1, 4, -2, 0, 2147483647})
+        fanTable_insertEntry(row(index));
+    // -2 and -1 become the arcs 4294967294 and 4294967295.
+    EXPECT_EQ(indexes(), (std::vector<int>{0, 4, 2147483647, -2, -1}));
+}
+
+TEST_F(FanTableList, OfTwoRowsWithOneIndexTheLaterDeliveredComesFirst)
+{
+    fanTable_entry_t *first = fanTable_insertEntry(row(2));
+    fanTable_insertEntry(row(1));
+    fanTable_insertEntry(row(3));
+    fanTable_entry_t *second = fanTable_insertEntry(row(2));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 2, 2, 3}));
+    EXPECT_EQ(fanTable_head->next, &second->head);
+    EXPECT_EQ(second->head.next, &first->head);
 }
 
 TEST_F(FanTableList, RemoveUnlinksAListedRow)
@@ -64,7 +98,27 @@ TEST_F(FanTableList, RemoveUnlinksAListedRow)
     fanTable_entry_t *middle = fanTable_insertEntry(row(2));
     fanTable_insertEntry(row(3));
     fanTable_removeEntry(middle);
-    EXPECT_EQ(indexes(), (std::vector<int>{3, 1}));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 3}));
+}
+
+TEST_F(FanTableList, RowsGoOnInOrderAfterTheLastRowWasRemoved)
+{
+    fanTable_insertEntry(row(1));
+    fanTable_entry_t *last = fanTable_insertEntry(row(5));
+    fanTable_removeEntry(last);
+    fanTable_insertEntry(row(4));
+    fanTable_insertEntry(row(2));
+    EXPECT_EQ(indexes(), (std::vector<int>{1, 2, 4}));
+}
+
+TEST_F(FanTableList, RowsGoOnInOrderAfterAClear)
+{
+    fanTable_insertEntry(row(8));
+    fanTable_clear();
+    fanTable_insertEntry(row(6));
+    fanTable_insertEntry(row(3));
+    fanTable_insertEntry(row(7));
+    EXPECT_EQ(indexes(), (std::vector<int>{3, 6, 7}));
 }
 
 TEST_F(FanTableList, RemoveLeavesAnUnlistedRowAlone)

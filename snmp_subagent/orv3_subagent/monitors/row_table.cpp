@@ -97,19 +97,48 @@ orv3_row_head_t *allocateRow(const void *hint, size_t size)
     return static_cast<orv3_row_head_t *>(calloc(1, size));
 }
 
-void RowList::pushFront(orv3_row_head_t *row)
+namespace {
+
+// The iterator builds an INTEGER index into the OID as an unsigned arc.
+uint32_t arcOf(const orv3_row_head_t *row)
 {
-    row->next = head_;
-    head_ = row;
+    return static_cast<uint32_t>(row->index);
+}
+
+} // namespace
+
+void RowList::insertInOrder(orv3_row_head_t *row)
+{
+    if (!head_ || arcOf(row) <= arcOf(head_)) {
+        row->next = head_;
+        head_ = row;
+        if (!row->next)
+            tail_ = row;
+        return;
+    }
+    if (arcOf(row) > arcOf(tail_)) {
+        row->next = nullptr;
+        tail_->next = row;
+        tail_ = row;
+        return;
+    }
+    orv3_row_head_t *before = head_;
+    while (arcOf(before->next) < arcOf(row))
+        before = before->next;
+    row->next = before->next;
+    before->next = row;
 }
 
 void RowList::remove(orv3_row_head_t *row)
 {
     if (!row || !head_)
         return;
-    for (orv3_row_head_t **link = &head_; *link; link = &(*link)->next) {
+    orv3_row_head_t *previous = nullptr;
+    for (orv3_row_head_t **link = &head_; *link; previous = *link, link = &(*link)->next) {
         if (*link == row) {
             *link = row->next;
+            if (row == tail_)
+                tail_ = previous;
             retire(row, row);
             return;
         }
@@ -120,12 +149,10 @@ void RowList::clear()
 {
     if (!head_)
         return;
-    orv3_row_head_t *last = head_;
-    while (last->next)
-        last = last->next;
     orv3_row_head_t *first = head_;
     head_ = nullptr;
-    retire(first, last);
+    retire(first, tail_);
+    tail_ = nullptr;
 }
 
 // ---- serving ---------------------------------------------------------------
@@ -179,20 +206,12 @@ int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp
     tableInfo->max_column = table.maxColumn;
     iteratorInfo->get_first_data_point = first;
     iteratorInfo->get_next_data_point = next;
+    // Every row list is kept in index order: a GETNEXT stops at the first
+    // row past the requested index instead of comparing every row.
+    iteratorInfo->flags |= NETSNMP_ITERATOR_FLAG_SORTED;
     iteratorInfo->table_reginfo = tableInfo;
     registeredTables = new RegisteredTable{tableInfo, iteratorInfo, registeredTables};
     return netsnmp_register_table_iterator(registration, iteratorInfo);
-}
-
-netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, netsnmp_variable_list *index)
-{
-    auto *row = static_cast<orv3_row_head_t *>(*loopContext);
-    if (!row)
-        return nullptr;
-    snmp_set_var_typed_integer(index, ASN_INTEGER, row->index);
-    *dataContext = row;
-    *loopContext = row->next;
-    return index;
 }
 
 static const Column *findColumn(const TableInfo &table, unsigned number)

@@ -97,12 +97,19 @@ struct Column {
 void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request);
 
 // The row list of one table, headed by the table's exported head pointer.
+//
+// Rows stand in ascending order of their index as the iterator orders it
+// (the index as an unsigned 32-bit OID arc), so that the iterator may stop
+// at the first row past the one a GETNEXT asks for. A row goes in before
+// any row with the same index, so that of two rows a store delivers with
+// one index, the later one is found first. Stores deliver rows in
+// ascending or descending order, and both take constant time per row.
 class RowList {
 public:
     explicit RowList(orv3_row_head_t *&head) : head_(head) {}
 
     orv3_row_head_t *head() const { return head_; }
-    void pushFront(orv3_row_head_t *row);
+    void insertInOrder(orv3_row_head_t *row);
     // Unlinks a listed row and retires it; a row not in the list is left alone.
     void remove(orv3_row_head_t *row);
     // Retires every row; the list becomes empty.
@@ -110,6 +117,7 @@ public:
 
 private:
     orv3_row_head_t *&head_;
+    orv3_row_head_t *tail_ = nullptr; // last row, while head_ is not null
 };
 
 // Frees every retired row of every table now. The agent does this itself
@@ -147,12 +155,27 @@ struct TableInfo {
 };
 
 // Registers the table with the iterator helper (columns 1 to maxColumn,
-// one INTEGER index). Returns the agent's registration result.
+// one INTEGER index, rows sorted). Returns the agent's registration result.
 int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
                   Netsnmp_Next_Data_Point *next);
 
-// The iterator's get-next step over a row list.
-netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, netsnmp_variable_list *index);
+// The iterator's get-next step over a row list. A walk steps through about
+// half the list for every varbind it answers, so the step is kept inline and
+// sets the index in place once the varbind holds an integer of its own.
+inline netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataContext, netsnmp_variable_list *index)
+{
+    auto *row = static_cast<orv3_row_head_t *>(*loopContext);
+    if (!row)
+        return nullptr;
+    if (index->type == ASN_INTEGER && index->val.integer == reinterpret_cast<long *>(index->buf) &&
+        index->val_len == sizeof(long))
+        *index->val.integer = row->index;
+    else
+        snmp_set_var_typed_integer(index, ASN_INTEGER, row->index);
+    *dataContext = row;
+    *loopContext = row->next;
+    return index;
+}
 
 // The table handler: readOnly for every SET phase, GET answered per column.
 int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
@@ -175,7 +198,7 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
     }                                                                                                                  \
     ROW *T##_insertEntry(ROW *row)                                                                                     \
     {                                                                                                                  \
-        T##_rows.pushFront(&row->head);                                                                                \
+        T##_rows.insertInOrder(&row->head);                                                                            \
         return row;                                                                                                    \
     }                                                                                                                  \
     void T##_removeEntry(ROW *row)                                                                                     \
