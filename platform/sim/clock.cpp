@@ -2,6 +2,11 @@
 // "<seconds>" or "<seconds> <step>", time() answers those seconds since the
 // epoch, advanced by <step> on every later call, until the file changes.
 // Without the variable, or with the file absent or empty, it is real time.
+//
+// time() is called on every walk of every table, so the file is not read on
+// every call: it is read again only once kRecheck of real time has passed
+// since the last read. A writer that needs its new clock seen by the very
+// next call waits kRecheck after replacing the file (the test harness does).
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -13,16 +18,26 @@
 
 namespace {
 
+constexpr long long kRecheckNanoseconds = 1000000; // 1 ms
+
 std::mutex clockMutex;
 char lastContent[64];
+bool simulated = false;
 long long current = 0;
 long long step = 0;
+long long lastReadAt = 0; // monotonic nanoseconds; 0 = never read
 
-bool simulatedNow(long long &now)
+long long monotonicNanoseconds()
 {
-    const char *path = getenv("ORV3_SIM_CLOCK");
-    if (!path || !*path)
-        return false;
+    struct timespec now {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<long long>(now.tv_sec) * 1000000000LL + now.tv_nsec;
+}
+
+// Reads the clock file and takes up a new content; false when the file is
+// absent, empty or unreadable (real time then).
+bool readClockFile(const char *path)
+{
     char content[64] = {};
     int fd = open(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0)
@@ -32,18 +47,33 @@ bool simulatedNow(long long &now)
     if (length <= 0)
         return false;
     content[length] = '\0';
-
-    std::lock_guard lock(clockMutex);
     if (strcmp(content, lastContent) != 0) {
         long long start = 0, newStep = 0;
         if (sscanf(content, "%lld %lld", &start, &newStep) < 1)
             return false;
         memcpy(lastContent, content, sizeof lastContent);
-        current = start;
+        // The call that reads a new content answers its first number.
+        current = start - newStep;
         step = newStep;
-    } else {
-        current += step;
     }
+    return true;
+}
+
+bool simulatedNow(long long &now)
+{
+    static const char *path = getenv("ORV3_SIM_CLOCK");
+    if (!path || !*path)
+        return false;
+
+    std::lock_guard lock(clockMutex);
+    long long at = monotonicNanoseconds();
+    if (lastReadAt == 0 || at - lastReadAt >= kRecheckNanoseconds) {
+        lastReadAt = at;
+        simulated = readClockFile(path);
+    }
+    if (!simulated)
+        return false;
+    current += step;
     now = current;
     return true;
 }
@@ -52,10 +82,10 @@ bool simulatedNow(long long &now)
 
 extern "C" time_t time(time_t *out)
 {
-    long long simulated;
+    long long simulatedSeconds;
     time_t now;
-    if (simulatedNow(simulated)) {
-        now = static_cast<time_t>(simulated);
+    if (simulatedNow(simulatedSeconds)) {
+        now = static_cast<time_t>(simulatedSeconds);
     } else {
         struct timespec real {};
         clock_gettime(CLOCK_REALTIME, &real);

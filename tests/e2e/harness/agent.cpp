@@ -331,7 +331,8 @@ void Agent::start()
 
 bool Agent::spawn(std::string &error)
 {
-    std::vector<std::string> args = {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"};
+    std::vector<std::string> args = options_.wrapper;
+    args.insert(args.end(), {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"});
     if (!options_.debugTokens.empty())
         args.push_back("-D" + options_.debugTokens);
     args.push_back("udp:127.0.0.1:" + std::to_string(port_));
@@ -664,17 +665,23 @@ void Agent::writeAtomically(const std::string &path, const std::string &contents
     }
 }
 
+// The simulator reads its clock file at most once a millisecond; once this
+// much time has passed after a change, the agent's next time() sees it.
+constexpr milliseconds kClockSettle{2};
+
 void Agent::setClock(long seconds, long step)
 {
     std::string s = std::to_string(seconds);
     if (step != 0)
         s += " " + std::to_string(step);
     writeAtomically(clockPath(), s + "\n");
+    std::this_thread::sleep_for(kClockSettle);
 }
 
 void Agent::clearClock()
 {
     writeAtomically(clockPath(), "");
+    std::this_thread::sleep_for(kClockSettle);
 }
 
 void Agent::replaceMachine(const std::string &json)

@@ -51,8 +51,9 @@ struct AgentOptions {
     bool bareAgent = false;
     // Extra lines appended to the snmpd configuration file.
     std::vector<std::string> extraConfig;
-    // The agent executable.
+    // The agent executable, and a command it runs under (e.g. valgrind and its options).
     std::string executable = "/usr/sbin/snmpd";
+    std::vector<std::string> wrapper;
     // How long to wait for the agent to answer a GET of sysUpTime.
     std::chrono::milliseconds startTimeout{10000};
 };
