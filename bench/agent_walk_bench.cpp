@@ -1,28 +1,18 @@
 // A full walk of the fan table through the real snmpd, by table size, and
 // the agent's resident memory once the table is cached.
+#include "agent_process.h"
 #include "fan_rows.h"
 #include "harness/agent.h"
 #include "harness/oids.h"
 
 #include <benchmark/benchmark.h>
 
-#include <fstream>
 #include <string>
 
 namespace {
 
 using orv3::test::Agent;
 using orv3::test::AgentOptions;
-
-long residentKiB(pid_t pid)
-{
-    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("VmRSS:", 0) == 0)
-            return std::stol(line.substr(6));
-    return -1;
-}
 
 void WalkFanTable(benchmark::State &state)
 {

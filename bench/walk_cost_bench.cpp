@@ -18,6 +18,8 @@
 // same zero-work guard table, so that the requests a walk sends past the
 // table's end cost the same on both sides: without it, a small table's
 // figure would mostly measure the objects that happen to follow it.
+#include "agent_process.h"
+#include "fan_rows.h"
 #include "harness/agent.h"
 #include "harness/oids.h"
 #include "machine_builder.h"
@@ -72,23 +74,7 @@ struct MeasuredTable {
 
 void addFans(MachineBuilder &machine, int rows)
 {
-    nlohmann::json fans = nlohmann::json::array();
-    for (int index = 1; index <= rows; ++index)
-        fans.push_back({{"index", index},
-                        {"descr", "System Fan Tach " +
-                                      std::string(index < 10    ? "00"
-                                                  : index < 100 ? "0"
-                                                                : "") +
-                                      std::to_string(index % 1000) + " (front bay)"},
-                        {"speedPct", index % 101},
-                        {"nonRecovLimitHigh", 0},
-                        {"critLimitHigh", 0},
-                        {"nonCritLimitHigh", 0},
-                        {"nonRecovLimitLow", 0},
-                        {"critLimitLow", 300},
-                        {"nonCritLimitLow", 600},
-                        {"status", "Normal"}});
-    machine.table("s/fans/status/fantbl", fans);
+    machine.table("s/fans/status/fantbl", manyFanRows(rows));
 }
 
 void addEvents(MachineBuilder &machine, int rows)
@@ -107,29 +93,6 @@ const MeasuredTable kTables[] = {
 };
 
 // ---- measuring ---------------------------------------------------------------
-
-long long agentCpuNanoseconds(pid_t pid)
-{
-    long long total = 0;
-    std::string tasks = "/proc/" + std::to_string(pid) + "/task";
-    for (const auto &task : std::filesystem::directory_iterator(tasks)) {
-        std::ifstream schedstat(task.path() / "schedstat");
-        long long onCpu = 0;
-        if (schedstat >> onCpu)
-            total += onCpu;
-    }
-    return total;
-}
-
-long residentKiB(pid_t pid)
-{
-    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("VmRSS:", 0) == 0)
-            return std::stol(line.substr(6));
-    return -1;
-}
 
 // CPU seconds the whole machine spent busy (steal included: time another
 // guest of the host took from this one).
@@ -256,12 +219,12 @@ constexpr size_t kVarbindsPerSample = 3000;
 double measureWalk(const Agent &agent, const Walker &walker, WalkKind kind, const std::string &root,
                    size_t expectedVarbinds, const std::string &what)
 {
-    long long before = agentCpuNanoseconds(agent.pid());
+    long long before = cpuNanoseconds(agent.pid());
     size_t varbinds = walker.walk(kind, root);
     // Let the agent finish what it does after its last answer (freeing
     // retired rows from its alarm) before reading its time.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    long long after = agentCpuNanoseconds(agent.pid());
+    long long after = cpuNanoseconds(agent.pid());
     if (varbinds != expectedVarbinds)
         throw std::runtime_error(what + ": " + kindName(kind) + " walk returned " + std::to_string(varbinds) +
                                  " varbinds, expected " + std::to_string(expectedVarbinds));
