@@ -277,7 +277,8 @@ Fault readFault(const json &entry, const std::string &pointer, const Checker &ch
             check.expect(fault.times >= 0, field, "must not be negative");
         } else if (name == "count") {
             fault.count = check.int32(value, field);
-            check.expect(fault.call == "quel_dm_GetRowCount", field, "only quel_dm_GetRowCount has a count to write");
+            check.expect(fault.call == "quel_dm_GetRowCount" || fault.call == "get_chghist_log", field,
+                         "only quel_dm_GetRowCount and get_chghist_log have a count to give");
         } else {
             check.fail(field, "unknown fault field (known: call, key, result, status, times, count)");
         }
@@ -356,6 +357,31 @@ std::vector<Session> readSessions(const json &value, const std::string &pointer,
     return sessions;
 }
 
+// {"category": 1, "text1": "...", "text2": "..."}: the category required,
+// the texts empty unless given.
+ChangeRecord readChangeRecord(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "a change record must be an object");
+    ChangeRecord change;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "category") {
+            check.expect(value.is_number_integer(), field, "must be an integer");
+            check.expect(value.is_number_unsigned() && value.get<uint64_t>() <= UINT32_MAX, field,
+                         "must be between 0 and 4294967295");
+            change.category = static_cast<uint32_t>(value.get<uint64_t>());
+        } else if (name == "text1") {
+            change.text1 = text(value, field, check);
+        } else if (name == "text2") {
+            change.text2 = text(value, field, check);
+        } else {
+            check.fail(field, "unknown change record field (known: category, text1, text2)");
+        }
+    }
+    check.expect(entry.contains("category"), pointer, "a change record needs \"category\" (unsigned integer)");
+    return change;
+}
+
 } // namespace
 
 std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file)
@@ -381,6 +407,11 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->events.push_back(readEvent(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name == "sessions") {
             machine->sessions = readSessions(value, pointer, check);
+        } else if (name == "changeHistory") {
+            check.expect(value.is_array(), pointer, "must be an array of change records");
+            size_t i = 0;
+            for (const json &entry : value)
+                machine->changeHistory.push_back(readChangeRecord(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name == "faults") {
             check.expect(value.is_array(), pointer, "must be an array of faults");
             size_t i = 0;
@@ -388,7 +419,7 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->faults.push_back(readFault(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name.rfind("_", 0) != 0) {
             // Names starting with "_" are free for comments.
-            check.fail(pointer, "unknown section (known: description, store, events, sessions, faults)");
+            check.fail(pointer, "unknown section (known: description, store, events, sessions, changeHistory, faults)");
         }
     }
     return machine;

@@ -20,7 +20,9 @@ namespace orv3::sim {
 // path, or the service's own key) equals `key`, or every call when `key` is
 // empty, returns `result` and writes `status` as its status word. With
 // `times` >= 0 only that many matching calls fail. A `count` is written to
-// the count out-parameter of a failing quel_dm_GetRowCount as well.
+// the count out-parameter of a failing quel_dm_GetRowCount as well; for
+// get_chghist_log it is the record count the call reports instead of
+// `result`.
 struct Fault {
     std::string call;
     std::string key;
@@ -48,12 +50,21 @@ struct Session {
     bool describable = true;
 };
 
+// A change of the controller's change-history log: its category (0
+// firmware, 1 hardware, any other value configuration) and its two texts.
+struct ChangeRecord {
+    uint32_t category = 0;
+    std::string text1;
+    std::string text2;
+};
+
 struct Machine {
     std::string description;
     // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
     nlohmann::json store = nlohmann::json::object();
-    std::vector<ActiveEvent> events; // event database, in list order
-    std::vector<Session> sessions;   // session manager, in id-list order
+    std::vector<ActiveEvent> events;         // event database, in list order
+    std::vector<Session> sessions;           // session manager, in id-list order
+    std::vector<ChangeRecord> changeHistory; // change-history log, in log order
     std::vector<Fault> faults;
 };
 

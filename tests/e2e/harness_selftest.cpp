@@ -209,6 +209,9 @@ TEST(HarnessAgent, EnvironmentFilesAndCommandLine)
     EXPECT_TRUE(contains(env, "ORV3_SIM_MACHINE=" + agent.machinePath()));
     EXPECT_TRUE(contains(env, "ORV3_SIM_CALL_LOG=" + agent.dir() + "/calls.log"));
     EXPECT_TRUE(contains(env, "ORV3_SIM_CLOCK=" + agent.dir() + "/clock"));
+    EXPECT_TRUE(contains(env, "ORV3_SIM_TRACE_LOG=" + agent.dir() + "/tlog.log"));
+    EXPECT_EQ(agent.traceLogPath(), agent.dir() + "/tlog.log");
+    EXPECT_EQ(agent.traceLogText(), "") << "nothing traced, no file";
     EXPECT_TRUE(contains(env, "SNMP_PERSISTENT_DIR=" + agent.dir() + "/persist"));
     EXPECT_TRUE(contains(env, "SNMPCONFPATH=" + agent.dir() + "/conf"));
     EXPECT_TRUE(contains(env, "HOME=" + agent.dir() + "/home"));

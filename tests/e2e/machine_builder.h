@@ -47,14 +47,23 @@ public:
             {{"id", id}, {"user", user}, {"access", access}, {"address", address}, {"describable", describable}});
         return *this;
     }
+    // A record of the change-history log, after those added before:
+    // category 0 firmware, 1 hardware, any other value configuration.
+    MachineBuilder &changeRecord(unsigned category, std::string text1, std::string text2)
+    {
+        changeHistory_.push_back({{"category", category}, {"text1", std::move(text1)}, {"text2", std::move(text2)}});
+        return *this;
+    }
     std::string json() const
     {
-        return nlohmann::json{{"description", "test machine"},
-                              {"store", store_},
-                              {"events", events_},
-                              {"sessions", sessions_},
-                              {"faults", faults_}}
-            .dump(2);
+        nlohmann::json machine;
+        machine["description"] = "test machine";
+        machine["store"] = store_;
+        machine["events"] = events_;
+        machine["sessions"] = sessions_;
+        machine["changeHistory"] = changeHistory_;
+        machine["faults"] = faults_;
+        return machine.dump(2);
     }
 
 private:
@@ -62,6 +71,7 @@ private:
     nlohmann::json faults_ = nlohmann::json::array();
     nlohmann::json events_ = nlohmann::json::array();
     nlohmann::json sessions_ = nlohmann::json::array();
+    nlohmann::json changeHistory_ = nlohmann::json::array();
 };
 
 } // namespace orv3::test

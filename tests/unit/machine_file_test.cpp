@@ -1,5 +1,6 @@
 // Reading machine descriptions: what is accepted, and how a broken one is reported.
 #include "machine.h"
+#include "unit_machine.h"
 
 #include <gtest/gtest.h>
 
@@ -13,15 +14,7 @@ using orv3::sim::parseMachine;
 
 namespace {
 
-std::string errorOf(const std::string &text)
-{
-    try {
-        parseMachine(text, "m.json");
-    } catch (const MachineFileError &error) {
-        return error.what();
-    }
-    return "";
-}
+using orv3::test::machineFileError;
 
 TEST(MachineFile, ReadsTablesAndFaults)
 {
@@ -41,31 +34,32 @@ TEST(MachineFile, ReadsTablesAndFaults)
 
 TEST(MachineFile, SyntaxErrorNamesFileAndLine)
 {
-    std::string error = errorOf("{\n  \"store\": {\n    \"s/x\": [1,\n  }\n}\n");
+    std::string error = machineFileError("{\n  \"store\": {\n    \"s/x\": [1,\n  }\n}\n");
     EXPECT_EQ(error.rfind("m.json:4: syntax error", 0), 0u) << error;
 }
 
 TEST(MachineFile, WrongKindOfValueNamesItsLine)
 {
-    std::string error =
-        errorOf("{\n  \"store\": {\n    \"s/fans/status/fantbl\": [\n      {\"index\": \"one\"}\n    ]\n  }\n}\n");
+    std::string error = machineFileError(
+        "{\n  \"store\": {\n    \"s/fans/status/fantbl\": [\n      {\"index\": \"one\"}\n    ]\n  }\n}\n");
     EXPECT_EQ(error, "m.json:4: /store/s~1fans~1status~1fantbl/0/index: must be an integer");
 }
 
 TEST(MachineFile, UnknownSectionIsRefused)
 {
-    EXPECT_EQ(errorOf("{\n\"fans\": []\n}"),
-              "m.json:2: /fans: unknown section (known: description, store, events, sessions, faults)");
+    EXPECT_EQ(machineFileError("{\n\"fans\": []\n}"),
+              "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, faults)");
 }
 
 TEST(MachineFile, FaultNeedsACall)
 {
-    EXPECT_EQ(errorOf("{\"faults\": [\n {\"key\": \"x\"}\n]}"), "m.json:2: /faults/0: a fault needs \"call\" (text)");
+    EXPECT_EQ(machineFileError("{\"faults\": [\n {\"key\": \"x\"}\n]}"),
+              "m.json:2: /faults/0: a fault needs \"call\" (text)");
 }
 
 TEST(MachineFile, UnderscoreSectionsAreComments)
 {
-    EXPECT_EQ(errorOf(R"({"_comment": "anything", "store": {}})"), "");
+    EXPECT_EQ(machineFileError(R"({"_comment": "anything", "store": {}})"), "");
 }
 
 class MachineFileOnDisk : public ::testing::Test {

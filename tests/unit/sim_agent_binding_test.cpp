@@ -285,7 +285,7 @@ TEST(SimAgentBinding, OneMissingVariableAsTextIsVariableNotFound)
 {
     char buffer[32] = "unchanged";
     int32_t status = -1;
-    EXPECT_EQ(GetVarValueSTRING(-1, g_coHandle, 0, 0, "s/vpd/machine/typemodel", &status, buffer, sizeof buffer), 1);
+    EXPECT_EQ(GetVarValueSTRING(-1, g_coHandle, 0, 0, "s/vpd/machine/missing", &status, buffer, sizeof buffer), 1);
     EXPECT_EQ(status, orv3::sim::kNoSuchVariable);
     status = -1;
     EXPECT_EQ(GetVarValueSTRING(-1, g_coHandle, 0, 0, "s/hw_health/disks", &status, buffer, sizeof buffer), 1);

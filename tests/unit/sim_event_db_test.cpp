@@ -14,6 +14,8 @@
 
 namespace {
 
+using orv3::test::machineFileError;
+
 using orv3::test::ServedMachine;
 
 std::string machineWithEvents(const nlohmann::json &events, const nlohmann::json &faults = nlohmann::json::array())
@@ -218,16 +220,6 @@ TEST(SimEventDb, FaultOnFreeReturnsItsResultButReleasesTheHandle)
     EXPECT_EQ(CEM_Db_GetActiveEventList(handle, &records), 1) << "released in spite of the fault";
 }
 
-std::string errorOf(const std::string &text)
-{
-    try {
-        orv3::sim::parseMachine(text, "m.json");
-    } catch (const orv3::sim::MachineFileError &error) {
-        return error.what();
-    }
-    return "";
-}
-
 TEST(SimEventDbDescription, ReadsEventsInOrder)
 {
     auto machine = orv3::sim::parseMachine(
@@ -241,20 +233,22 @@ TEST(SimEventDbDescription, ReadsEventsInOrder)
 
 TEST(SimEventDbDescription, BrokenEventsAreReportedWithTheirLine)
 {
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"severity\": 2, \"message\": \"a\"},\n{\"severity\": 3, \"message\": \"b\"},\n"
-                      "{\"severity\": \"3\", \"message\": \"c\"}\n]}"),
+    EXPECT_EQ(machineFileError(
+                  "{\"events\": [\n{\"severity\": 2, \"message\": \"a\"},\n{\"severity\": 3, \"message\": \"b\"},\n"
+                  "{\"severity\": \"3\", \"message\": \"c\"}\n]}"),
               "m.json:4: /events/2/severity: must be an integer");
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"severity\": 4294967296, \"message\": \"a\"}]}"),
+    EXPECT_EQ(machineFileError("{\"events\": [\n{\"severity\": 4294967296, \"message\": \"a\"}]}"),
               "m.json:2: /events/0/severity: does not fit in 32 bits");
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"severity\": 2, \"message\": 5}]}"),
+    EXPECT_EQ(machineFileError("{\"events\": [\n{\"severity\": 2, \"message\": 5}]}"),
               "m.json:2: /events/0/message: must be a text");
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"severity\": 2}]}"), "m.json:2: /events/0: an event needs \"message\" (text)");
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"message\": \"a\"}]}"),
+    EXPECT_EQ(machineFileError("{\"events\": [\n{\"severity\": 2}]}"),
+              "m.json:2: /events/0: an event needs \"message\" (text)");
+    EXPECT_EQ(machineFileError("{\"events\": [\n{\"message\": \"a\"}]}"),
               "m.json:2: /events/0: an event needs \"severity\" (integer)");
-    EXPECT_EQ(errorOf("{\"events\": [\n{\"severity\": 2, \"message\": \"a\",\n \"text\": \"b\"}]}"),
+    EXPECT_EQ(machineFileError("{\"events\": [\n{\"severity\": 2, \"message\": \"a\",\n \"text\": \"b\"}]}"),
               "m.json:3: /events/0/text: unknown event field (known: severity, message)");
-    EXPECT_EQ(errorOf("{\"events\": {}}"), "m.json:1: /events: must be an array of events");
-    EXPECT_EQ(errorOf("{\"events\": [3]}"), "m.json:1: /events/0: an event must be an object");
+    EXPECT_EQ(machineFileError("{\"events\": {}}"), "m.json:1: /events: must be an array of events");
+    EXPECT_EQ(machineFileError("{\"events\": [3]}"), "m.json:1: /events/0: an event must be an object");
 }
 
 } // namespace

@@ -16,15 +16,7 @@ using orv3::sim::parseMachine;
 
 namespace {
 
-std::string errorOf(const std::string &text)
-{
-    try {
-        parseMachine(text, "m.json");
-    } catch (const MachineFileError &error) {
-        return error.what();
-    }
-    return "";
-}
+using orv3::test::machineFileError;
 
 // A description whose store holds one variable, on line 3.
 std::string withVariable(const std::string &variable)
@@ -51,32 +43,33 @@ TEST(SimMachineVariables, VariableFormsAreRead)
 
 TEST(SimMachineVariables, WrongFieldsAreToldWithTheVariableAndTheFieldsLine)
 {
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 0,\n \"min\": \"low\"}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 0,\n \"min\": \"low\"}")),
               "m.json:4: /store/s~1lightpathstatus~1other~1info: \"min\" must be an integer");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 0, \"max\": 1.5}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 0, \"max\": 1.5}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"max\" must be an integer");
-    EXPECT_EQ(errorOf(withVariable("{\"accepted\": [0, 1]}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"accepted\": [0, 1]}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: a variable object needs \"value\" (an integer or a "
               "text)");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": [0]}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": [0]}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"value\" must be an integer or a text");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 4294967296}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 4294967296}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"value\" does not fit in 32 bits");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 0,\n \"accepted\": [\n0,\n\"1\"]}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 0,\n \"accepted\": [\n0,\n\"1\"]}")),
               "m.json:6: /store/s~1lightpathstatus~1other~1info: \"accepted\" must be an array of integers (the kind "
               "of \"value\")");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": \"on\", \"accepted\": \"on\"}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": \"on\", \"accepted\": \"on\"}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"accepted\" must be an array of texts (the kind of "
               "\"value\")");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": \"on\", \"min\": 0}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": \"on\", \"min\": 0}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"min\" applies only to an integer \"value\"");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 5, \"min\": 10, \"max\": 1}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 5, \"min\": 10, \"max\": 1}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: \"min\" must not be greater than \"max\"");
-    EXPECT_EQ(errorOf(withVariable("{\"value\": 5, \"accept\": [5]}")),
+    EXPECT_EQ(machineFileError(withVariable("{\"value\": 5, \"accept\": [5]}")),
               "m.json:3: /store/s~1lightpathstatus~1other~1info: unknown variable field \"accept\" (known: value, "
               "accepted, min, max)");
-    EXPECT_EQ(errorOf(withVariable("true")), "m.json:3: /store/s~1lightpathstatus~1other~1info: must be a table "
-                                             "(array of rows), an integer, a text or an object with \"value\"");
+    EXPECT_EQ(machineFileError(withVariable("true")),
+              "m.json:3: /store/s~1lightpathstatus~1other~1info: must be a table "
+              "(array of rows), an integer, a text or an object with \"value\"");
 }
 
 TEST(SimMachineVariables, FaultWithACount)
@@ -88,9 +81,9 @@ TEST(SimMachineVariables, FaultWithACount)
     EXPECT_EQ(machine->faults[0].count, 2);
     EXPECT_FALSE(parseMachine(R"({"faults": [{"call": "quel_dm_GetRowCount"}]})", "m.json")->faults[0].count);
 
-    EXPECT_EQ(errorOf("{\"faults\": [\n{\"call\": \"quel_dm_BindRow\",\n \"count\": 2}]}"),
-              "m.json:3: /faults/0/count: only quel_dm_GetRowCount has a count to write");
-    EXPECT_EQ(errorOf("{\"faults\": [\n{\"call\": \"quel_dm_GetRowCount\", \"count\": \"two\"}]}"),
+    EXPECT_EQ(machineFileError("{\"faults\": [\n{\"call\": \"quel_dm_BindRow\",\n \"count\": 2}]}"),
+              "m.json:3: /faults/0/count: only quel_dm_GetRowCount and get_chghist_log have a count to give");
+    EXPECT_EQ(machineFileError("{\"faults\": [\n{\"call\": \"quel_dm_GetRowCount\", \"count\": \"two\"}]}"),
               "m.json:2: /faults/0/count: must be an integer");
 }
 

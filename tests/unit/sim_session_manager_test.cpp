@@ -15,6 +15,8 @@
 
 namespace {
 
+using orv3::test::machineFileError;
+
 using orv3::test::ServedMachine;
 
 std::string machineWithSessions(const nlohmann::json &sessions, const nlohmann::json &faults = nlohmann::json::array())
@@ -197,16 +199,6 @@ TEST(SimSessionManager, FaultKeyedByIdMakesOneSessionUndescribable)
     EXPECT_STREQ(fieldAt(info, 68), "admin");
 }
 
-std::string errorOf(const std::string &text)
-{
-    try {
-        orv3::sim::parseMachine(text, "m.json");
-    } catch (const orv3::sim::MachineFileError &error) {
-        return error.what();
-    }
-    return "";
-}
-
 TEST(SimSessionManagerDescription, ReadsSessionsWithDescribableByDefault)
 {
     auto machine = orv3::sim::parseMachine(R"({"sessions": [
@@ -226,21 +218,21 @@ TEST(SimSessionManagerDescription, ReadsSessionsWithDescribableByDefault)
 TEST(SimSessionManagerDescription, BrokenSessionsAreReportedWithTheirLine)
 {
     const std::string fields = R"("user": "u", "access": "Web", "address": "192.0.2.1")";
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": \"1\", " + fields + "}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": \"1\", " + fields + "}]}"),
               "m.json:2: /sessions/0/id: must be an integer");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": 1, " + fields + ",\n\"describable\": 1}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": 1, " + fields + ",\n\"describable\": 1}]}"),
               "m.json:3: /sessions/0/describable: must be true or false");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": 1, " + fields + ", \"ip\": \"x\"}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": 1, " + fields + ", \"ip\": \"x\"}]}"),
               "m.json:2: /sessions/0/ip: unknown session field (known: id, user, access, address, describable)");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": 1, \"user\": 7, \"access\": \"Web\", \"address\": \"\"}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": 1, \"user\": 7, \"access\": \"Web\", \"address\": \"\"}]}"),
               "m.json:2: /sessions/0/user: must be a text");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{" + fields + "}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{" + fields + "}]}"),
               "m.json:2: /sessions/0: a session needs \"id\" (integer)");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": 1, \"user\": \"u\", \"access\": \"Web\"}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": 1, \"user\": \"u\", \"access\": \"Web\"}]}"),
               "m.json:2: /sessions/0: a session needs \"address\" (text)");
-    EXPECT_EQ(errorOf("{\"sessions\": [\n{\"id\": 1, " + fields + "},\n{\"id\": 1, " + fields + "}]}"),
+    EXPECT_EQ(machineFileError("{\"sessions\": [\n{\"id\": 1, " + fields + "},\n{\"id\": 1, " + fields + "}]}"),
               "m.json:3: /sessions/1/id: session id 1 is already that of /sessions/0");
-    EXPECT_EQ(errorOf("{\"sessions\": 1}"), "m.json:1: /sessions: must be an array of sessions");
+    EXPECT_EQ(machineFileError("{\"sessions\": 1}"), "m.json:1: /sessions: must be an array of sessions");
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // process (a private copy of the sample machine; see main.cpp).
 #pragma once
 
+#include "machine.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -9,6 +11,18 @@
 #include <string>
 
 namespace orv3::test {
+
+// What the machine-file loader says of `text` (as file "m.json"), or ""
+// when it takes the text.
+inline std::string machineFileError(const std::string &text)
+{
+    try {
+        orv3::sim::parseMachine(text, "m.json");
+    } catch (const orv3::sim::MachineFileError &error) {
+        return error.what();
+    }
+    return "";
+}
 
 inline std::string sampleMachinePath()
 {

@@ -346,6 +346,7 @@ bool Agent::spawn(std::string &error)
     }
     env["ORV3_SIM_MACHINE"] = machinePath();
     env["ORV3_SIM_CALL_LOG"] = callLogPath();
+    env["ORV3_SIM_TRACE_LOG"] = traceLogPath();
     env["ORV3_SIM_CLOCK"] = clockPath();
     // Nothing of the machine's or the user's net-snmp state reaches the agent, and the
     // agent writes nothing outside its directory.
@@ -623,6 +624,11 @@ std::vector<std::string> Agent::callLog() const
             lines.push_back(line);
     }
     return lines;
+}
+
+std::string Agent::traceLogText() const
+{
+    return readFileText(traceLogPath());
 }
 
 void Agent::clearCallLog()

@@ -112,6 +112,10 @@ public:
     void removeMachine();
     std::string machinePath() const { return dir_ + "/machine.json"; }
     std::string callLogPath() const { return dir_ + "/calls.log"; }
+    // The controller trace log the simulator appends log_tlog lines to
+    // (ORV3_SIM_TRACE_LOG), and its content (empty if absent).
+    std::string traceLogPath() const { return dir_ + "/tlog.log"; }
+    std::string traceLogText() const;
 
     // SIGTERM, wait up to 5 s, then SIGKILL. Idempotent. Reports (ADD_FAILURE) a crash,
     // an unexpected earlier exit, a hang on shutdown, and sanitizer findings.
