@@ -40,6 +40,26 @@ constexpr int kMaxRowsPerLoad = 65536;
 int loadBoundRows(const BoundTableSource &source, void (*clear)(), void (*addRow)(),
                   std::source_location where = std::source_location::current());
 
+// A row of table T for the store row whose values the holders hold now:
+// created, filled by copy_bindings_to_T_entry and listed.
+#define ORV3_BOUND_ROW_ADDER(T)                                                                                        \
+    [] {                                                                                                               \
+        auto *row = T##_createEntry(&T##_binding);                                                                     \
+        if (!row)                                                                                                      \
+            return;                                                                                                    \
+        copy_bindings_to_##T##_entry(row);                                                                             \
+        T##_insertEntry(row);                                                                                          \
+    }
+
+// initialize_T_local of a table that is loaded through a column binding
+// alone, from `source` (a BoundTableSource) and the handle `T_binding`.
+#define ORV3_BOUND_TABLE_LOADER(T, source)                                                                             \
+    extern "C" int initialize_##T##_local(void)                                                                        \
+    {                                                                                                                  \
+        ::orv3::loadBoundRows(source, T##_clear, ORV3_BOUND_ROW_ADDER(T));                                             \
+        return 0;                                                                                                      \
+    }
+
 // The store's row count of a table, with the call's own result and status.
 struct RowCountReply {
     int32_t result;

@@ -12,10 +12,18 @@ extern "C" void init_snmp_module_monitors(void)
     init_temperature();
     init_tempTable();
     init_currentlyLoggedInTable();
+    // The firmware table's registration routine itself, not its init_ wrapper.
+    initialize_table_kepVpdTable();
+    init_machineVpd();
+    init_systemComponentLevelVpdTable();
+    init_systemComponentLevelVpdTrackingTable();
     init_leds();
     init_allLEDsTable();
     init_systemHealth();
     init_systemHealthSummaryTable();
+    init_hostMACAddressTable();
+    init_systemCPUVpdTable();
+    init_systemMemoryVpdTable();
     init_powerModule();
     init_powerTable();
     init_disks();

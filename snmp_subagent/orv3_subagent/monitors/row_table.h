@@ -33,11 +33,21 @@ typedef struct orv3_row_head {
     int32_t index;              // the row's single INTEGER index
 } orv3_row_head_t;
 
-// A text column of 32 bytes with its served length.
+// Text columns: a buffer with its served length.
 typedef struct orv3_text32 {
     char text[32];
     uint32_t len;
 } orv3_text32_t;
+
+typedef struct orv3_text64 {
+    char text[64];
+    uint32_t len;
+} orv3_text64_t;
+
+typedef struct orv3_text256 {
+    char text[256];
+    uint32_t len;
+} orv3_text256_t;
 
 } // extern "C"
 
@@ -87,11 +97,13 @@ struct Column {
         n, ASN_OCTET_STR, offsetof(Row, field), sizeof(Row::field), offsetof(Row, lengthField)                         \
     }
 
-#define ORV3_TEXT32_COLUMN(n, Row, field)                                                                              \
+// A text column kept in one of the orv3_textN_t fields.
+#define ORV3_TEXT_FIELD_COLUMN(n, Row, field)                                                                          \
     ::orv3::Column                                                                                                     \
     {                                                                                                                  \
-        n, ASN_OCTET_STR, offsetof(Row, field.text), sizeof(orv3_text32_t::text), offsetof(Row, field.len)             \
+        n, ASN_OCTET_STR, offsetof(Row, field.text), sizeof(Row::field.text), offsetof(Row, field.len)                 \
     }
+#define ORV3_TEXT32_COLUMN(n, Row, field) ORV3_TEXT_FIELD_COLUMN(n, Row, field)
 
 // Answers `column` of `row` into the request's varbind.
 void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_request_info *request);
@@ -189,13 +201,36 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
 // (RefreshRule) and `T_stamp` (int32_t) in the table's file, and the
 // table-specific `initialize_T_local` and `T_update_row` defined there too.
 // The registration routines come from ORV3_ROW_TABLE_REGISTRATION, unless a
-// table registers in a way of its own.
+// table registers in a way of its own. A table whose rows are made or whose
+// cache is checked in a way of its own takes the parts it shares:
+// ORV3_ROW_TABLE_LIST_ROUTINES and ORV3_ROW_TABLE_WALK_ROUTINES.
 #define ORV3_ROW_TABLE_ROUTINES(T, ROW)                                                                                \
     extern "C" {                                                                                                       \
     ROW *T##_createEntry(void *hint)                                                                                   \
     {                                                                                                                  \
         return reinterpret_cast<ROW *>(::orv3::allocateRow(hint, sizeof(ROW)));                                        \
     }                                                                                                                  \
+    }                                                                                                                  \
+    ORV3_ROW_TABLE_LIST_ROUTINES(T, ROW)                                                                               \
+    ORV3_ROW_TABLE_WALK_ROUTINES(T, ROW)                                                                               \
+    extern "C" {                                                                                                       \
+    void T##_check_for_update(void)                                                                                    \
+    {                                                                                                                  \
+        if (::orv3::refreshDue(T##_refresh, T##_stamp, ::orv3::nowSeconds()))                                          \
+            initialize_##T##_local();                                                                                  \
+    }                                                                                                                  \
+    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
+                                                    netsnmp_iterator_info *info)                                       \
+    {                                                                                                                  \
+        T##_check_for_update();                                                                                        \
+        *loop = T##_rows.head();                                                                                       \
+        return T##_get_next_data_point(loop, data, index, info);                                                       \
+    }                                                                                                                  \
+    }
+
+// insertEntry, removeEntry and clear over `T_rows`.
+#define ORV3_ROW_TABLE_LIST_ROUTINES(T, ROW)                                                                           \
+    extern "C" {                                                                                                       \
     ROW *T##_insertEntry(ROW *row)                                                                                     \
     {                                                                                                                  \
         T##_rows.insertInOrder(&row->head);                                                                            \
@@ -209,22 +244,15 @@ int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRo
     {                                                                                                                  \
         T##_rows.clear();                                                                                              \
     }                                                                                                                  \
-    void T##_check_for_update(void)                                                                                    \
-    {                                                                                                                  \
-        if (::orv3::refreshDue(T##_refresh, T##_stamp, ::orv3::nowSeconds()))                                          \
-            initialize_##T##_local();                                                                                  \
-    }                                                                                                                  \
+    }
+
+// The iterator's get-next step and the table handler.
+#define ORV3_ROW_TABLE_WALK_ROUTINES(T, ROW)                                                                           \
+    extern "C" {                                                                                                       \
     netsnmp_variable_list *T##_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,             \
                                                    netsnmp_iterator_info *)                                            \
     {                                                                                                                  \
         return ::orv3::nextDataPoint(loop, data, index);                                                               \
-    }                                                                                                                  \
-    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
-                                                    netsnmp_iterator_info *info)                                       \
-    {                                                                                                                  \
-        T##_check_for_update();                                                                                        \
-        *loop = T##_rows.head();                                                                                       \
-        return T##_get_next_data_point(loop, data, index, info);                                                       \
     }                                                                                                                  \
     int T##_handler(netsnmp_mib_handler *, netsnmp_handler_registration *, netsnmp_agent_request_info *reqinfo,        \
                     netsnmp_request_info *requests)                                                                    \

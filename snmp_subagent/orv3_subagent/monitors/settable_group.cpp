@@ -12,11 +12,20 @@ void registerSettableGroup(const char *routine, const SettableGroup &group, bool
 {
     ORV3_TRACE_AT(routine, where, group.name, "Registering %s variables\n", group.name);
     for (agent_binding_scalar_t *record = group.records; record && record->name; ++record) {
-        auto *cell = static_cast<long *>(record->mib_value);
-        int result = writable ? netsnmp_register_long_instance(group.name, record->oid, record->oid_len, cell, handler)
+        int result = MIB_REGISTRATION_FAILED;
+        const char *typeName = "ASN_INTEGER";
+        if (record->asn_type == ASN_OCTET_STR) {
+            typeName = "ASN_OCTET_STR";
+            if (netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
+                    group.name, handler, record->oid, record->oid_len, HANDLER_CAN_RONLY))
+                result = netsnmp_register_read_only_instance(registration);
+        } else {
+            auto *cell = static_cast<long *>(record->mib_value);
+            result = writable ? netsnmp_register_long_instance(group.name, record->oid, record->oid_len, cell, handler)
                               : netsnmp_register_read_only_long_instance(group.name, record->oid, record->oid_len, cell,
                                                                          handler);
-        ORV3_TRACE_AT(routine, where, group.name, "Registering %s[ASN_INTEGER] %s\n", record->name,
+        }
+        ORV3_TRACE_AT(routine, where, group.name, "Registering %s[%s] %s\n", record->name, typeName,
                       result == MIB_REGISTERED_OK ? "OK" : "failed");
     }
 }
@@ -140,7 +149,7 @@ int settableGroupHandler(const SettableGroup &group, netsnmp_agent_request_info 
         netsnmp_variable_list *vb = request->requestvb;
         switch (mode) {
         case MODE_GET:
-            status = record->get_fn ? record->get_fn(record, -1) : update_binding_from_TIRO_v3(group.name, record, -1);
+            status = record->get_fn ? record->get_fn(record, -1) : group.read(group.name, record, -1);
             if (status != 0)
                 netsnmp_request_set_error(request, status);
             else

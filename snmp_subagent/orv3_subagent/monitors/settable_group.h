@@ -31,10 +31,15 @@ struct SettableGroup {
     int32_t *validateStatus;       // e.g. voltageVarListValidateStatus
     const char *const *namespaces; // e.g. as_voltageVarsToUpdate
     quel_dm_lock_t *lock;          // namespace lock (leds), or null for groups that do not lock
+    // How a GET reads a record that has no get_fn of its own: the settable
+    // groups use the v3 routine, the read-only VPD group the v2 one.
+    int32_t (*read)(const char *token, agent_binding_scalar_t *record, int32_t row) = update_binding_from_TIRO_v3;
 };
 
-// Registers every record as a long instance, writable or read-only, and
-// traces "Registering <group> variables" and one OK/failed line per record.
+// Registers every record, and traces "Registering <group> variables" and one
+// OK/failed line per record: INTEGER records as long instances, writable or
+// read-only; OCTET STRING records as read-only instances of mib_maxsize
+// bytes, answered by the handler alone.
 void registerSettableGroup(const char *routine, const SettableGroup &group, bool writable,
                            Netsnmp_Node_Handler *handler, std::source_location where = std::source_location::current());
 
