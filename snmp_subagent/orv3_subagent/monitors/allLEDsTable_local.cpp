@@ -46,13 +46,7 @@ int initialize_allLEDsTable_local(void)
         .traceEnter = false,
         .traceRowsLoaded = true,
     };
-    orv3::loadBoundRows(source, allLEDsTable_clear, [] {
-        allLEDsTable_entry_t *row = allLEDsTable_createEntry(&allLEDsTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_allLEDsTable_entry(row);
-        allLEDsTable_insertEntry(row);
-    });
+    orv3::loadBoundRows(source, allLEDsTable_clear, ORV3_BOUND_ROW_ADDER(allLEDsTable));
     return 0;
 }
 

@@ -37,13 +37,7 @@ int initialize_diskTable_local(void)
 {
     static const orv3::BoundTableSource source = {kDiskStoreTable, mydisk_columns, &diskTable_binding,
                                                   "initialize_diskTable_local", false};
-    gDiskTableLastRowCount = orv3::loadBoundRows(source, diskTable_clear, [] {
-        diskTable_entry_t *row = diskTable_createEntry(&diskTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_diskTable_entry(row);
-        diskTable_insertEntry(row);
-    });
+    gDiskTableLastRowCount = orv3::loadBoundRows(source, diskTable_clear, ORV3_BOUND_ROW_ADDER(diskTable));
     return 0;
 }
 

@@ -60,13 +60,7 @@ int initialize_fanTable_local(void)
 {
     static const orv3::BoundTableSource source = {kFanStoreTable, myfan_columns, &fanTable_binding,
                                                   "initialize_fanTable_local", true};
-    gFanTableLastRowCount = orv3::loadBoundRows(source, fanTable_clear, [] {
-        fanTable_entry_t *row = fanTable_createEntry(&fanTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_fanTable_entry(row);
-        fanTable_insertEntry(row);
-    });
+    gFanTableLastRowCount = orv3::loadBoundRows(source, fanTable_clear, ORV3_BOUND_ROW_ADDER(fanTable));
     return 0;
 }
 

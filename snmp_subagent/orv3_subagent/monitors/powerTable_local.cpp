@@ -52,13 +52,7 @@ int initialize_powerTable_local(void)
 {
     static const orv3::BoundTableSource source = {kPowerStoreTable, mypower_columns, &powerTable_binding,
                                                   "initialize_powerTable_local", false};
-    gPowerTableLastRowCount = orv3::loadBoundRows(source, powerTable_clear, [] {
-        powerTable_entry_t *row = powerTable_createEntry(&powerTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_powerTable_entry(row);
-        powerTable_insertEntry(row);
-    });
+    gPowerTableLastRowCount = orv3::loadBoundRows(source, powerTable_clear, ORV3_BOUND_ROW_ADDER(powerTable));
     return 0;
 }
 

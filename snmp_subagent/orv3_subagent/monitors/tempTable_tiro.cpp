@@ -70,13 +70,7 @@ int initialize_tempTable_local(void)
         .traceEnter = true,
         .traceRowsLoaded = true,
     };
-    orv3::loadBoundRows(source, tempTable_clear, [] {
-        sensor_text_entry_t *row = tempTable_createEntry(&tempTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_tempTable_entry(row);
-        tempTable_insertEntry(row);
-    });
+    orv3::loadBoundRows(source, tempTable_clear, ORV3_BOUND_ROW_ADDER(tempTable));
     return 0;
 }
 

@@ -70,13 +70,7 @@ int initialize_voltTable_local(void)
         .traceEnter = true,
         .traceRowsLoaded = true,
     };
-    orv3::loadBoundRows(source, voltTable_clear, [] {
-        sensor_text_entry_t *row = voltTable_createEntry(&voltTable_binding);
-        if (!row)
-            return;
-        copy_bindings_to_voltTable_entry(row);
-        voltTable_insertEntry(row);
-    });
+    orv3::loadBoundRows(source, voltTable_clear, ORV3_BOUND_ROW_ADDER(voltTable));
     return 0;
 }
 
