@@ -175,14 +175,14 @@ static void register_guard(const oid *root, size_t root_length)
 
 void init_orv3_reference_tables(void)
 {
-    const char *spec = getenv("ORV3_REFERENCE_TABLES");
+    const char *tables = getenv("ORV3_REFERENCE_TABLES");
     const char *guards = getenv("ORV3_REFERENCE_GUARDS");
     int number = 0;
     memset(text_cells, 'x', sizeof text_cells);
-    while (spec && *spec) {
+    while (tables && *tables) {
         struct reference_table *table = calloc(1, sizeof *table);
         ++number;
-        if (parse_table(spec, table) != 0) {
+        if (parse_table(tables, table) != 0) {
             snmp_log(LOG_ERR, "orv3_reference_tables: cannot read table %d of ORV3_REFERENCE_TABLES\n", number);
             free(table);
         } else {
@@ -192,9 +192,9 @@ void init_orv3_reference_tables(void)
                 register_guard(root, OID_LENGTH(root));
             }
         }
-        spec = strchr(spec, ';');
-        if (spec)
-            ++spec;
+        tables = strchr(tables, ';');
+        if (tables)
+            ++tables;
     }
     while (guards && *guards) {
         oid root[MAX_OID_LEN];

@@ -555,11 +555,17 @@ int run(const Options &options)
         std::max(0.0, (machineBusySeconds() - busyAtStart) - (ownCpuSeconds() - ownAtStart)) / elapsed;
     std::printf("\nRun of %.0f s; %s; other load on the machine meanwhile: %.2f cores on average.\n", elapsed,
                 pinned ? "agent on core 0, clients on core 1" : "agent and clients not pinned", otherLoad);
-    if (otherLoad > 0.2 || worstSpread > 0.10)
-        std::printf("WARNING: these figures are unreliable: other programs kept %.2f cores busy and repeated "
-                    "rounds' ratios scatter by up to %.0f%% (interquartile range); run again on a quiet "
-                    "machine.\n",
-                    otherLoad, worstSpread * 100);
+    std::string reasons;
+    if (otherLoad > 0.2)
+        reasons += "other programs kept " + std::to_string(otherLoad).substr(0, 4) + " cores busy";
+    if (worstSpread > 0.10) {
+        if (!reasons.empty())
+            reasons += " and ";
+        reasons += "the rounds' ratios of one figure scatter by up to " +
+                   std::to_string(static_cast<int>(worstSpread * 100 + 0.5)) + "% (interquartile range)";
+    }
+    if (!reasons.empty())
+        std::printf("WARNING: some figures are unreliable: %s; run again on a quiet machine.\n", reasons.c_str());
     return 0;
 }
 
