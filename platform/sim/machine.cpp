@@ -382,6 +382,139 @@ ChangeRecord readChangeRecord(const json &entry, const std::string &pointer, con
     return change;
 }
 
+// An unsigned integer of a record field `max` wide (255, 65535 or
+// 4294967295).
+uint64_t unsignedUpTo(const json &value, const std::string &pointer, uint64_t max, const Checker &check)
+{
+    check.expect(value.is_number_integer(), pointer, "must be an integer");
+    check.expect(value.is_number_unsigned() && value.get<uint64_t>() <= max, pointer,
+                 "must be between 0 and " + std::to_string(max));
+    return value.get<uint64_t>();
+}
+
+uint8_t byteField(const json &value, const std::string &pointer, const Checker &check)
+{
+    return static_cast<uint8_t>(unsignedUpTo(value, pointer, UINT8_MAX, check));
+}
+
+uint16_t halfwordField(const json &value, const std::string &pointer, const Checker &check)
+{
+    return static_cast<uint16_t>(unsignedUpTo(value, pointer, UINT16_MAX, check));
+}
+
+uint32_t wordField(const json &value, const std::string &pointer, const Checker &check)
+{
+    return static_cast<uint32_t>(unsignedUpTo(value, pointer, UINT32_MAX, check));
+}
+
+// A mode code as a key of "modes": plain decimal digits without leading
+// zeros, within 32 bits, so that one mode has one spelling.
+uint32_t modeCode(const std::string &key, const std::string &pointer, const Checker &check)
+{
+    bool digits = !key.empty() && key.size() <= 10 && key.find_first_not_of("0123456789") == std::string::npos &&
+                  (key.size() == 1 || key[0] != '0');
+    check.expect(digits && std::stoull(key) <= UINT32_MAX, pointer,
+                 "a mode must be named by its code in decimal, from 0 to 4294967295 (\"1\", \"2\", \"4\")");
+    return static_cast<uint32_t>(std::stoull(key));
+}
+
+// {"systemPower": 450, "maxLimit": 1100, "count": 2}: each 0 unless given.
+PowerModeFigures readPowerMode(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "a mode must be an object");
+    PowerModeFigures figures;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "systemPower")
+            figures.systemPower = wordField(value, field, check);
+        else if (name == "maxLimit")
+            figures.maxLimit = wordField(value, field, check);
+        else if (name == "count")
+            figures.count = byteField(value, field, check);
+        else
+            check.fail(field, "unknown mode field (known: systemPower, maxLimit, count)");
+    }
+    return figures;
+}
+
+// [domain 0, domain 1]: exactly two 16-bit caps.
+void readCapPair(const json &value, const std::string &pointer, uint16_t (&caps)[2], const Checker &check)
+{
+    check.expect(value.is_array() && value.size() == 2, pointer,
+                 "must be an array of two caps (cap domain 0, cap domain 1)");
+    for (size_t i = 0; i < 2; ++i)
+        caps[i] = halfwordField(value[i], pointer + "/" + std::to_string(i), check);
+}
+
+void readCapping(const json &entry, const std::string &pointer, PowerManagement &power, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "must be an object");
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "policy")
+            power.cappingPolicy = byteField(value, field, check);
+        else if (name == "domain")
+            power.capDomain = byteField(value, field, check);
+        else if (name == "currentCap")
+            power.currentCap = halfwordField(value, field, check);
+        else if (name == "softMinCap")
+            readCapPair(value, field, power.softMinCap, check);
+        else if (name == "minCap")
+            readCapPair(value, field, power.minCap, check);
+        else if (name == "maxCap")
+            readCapPair(value, field, power.maxCap, check);
+        else
+            check.fail(field, "unknown capping field (known: policy, domain, currentCap, softMinCap, minCap, maxCap)");
+    }
+}
+
+// {"value": 2, "completionCode": 0}: each 0 unless given.
+RestoreReply readRestoreReply(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "must be an object");
+    RestoreReply reply;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "value")
+            reply.value = byteField(value, field, check);
+        else if (name == "completionCode")
+            reply.completionCode = byteField(value, field, check);
+        else
+            check.fail(field, "unknown restore field (known: value, completionCode)");
+    }
+    return reply;
+}
+
+PowerManagement readPower(const json &section, const std::string &pointer, const Checker &check)
+{
+    check.expect(section.is_object(), pointer, "must be an object");
+    PowerManagement power;
+    for (const auto &[name, value] : section.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "bladeFamily") {
+            power.bladeFamily = byteField(value, field, check);
+        } else if (name == "redundancyMode") {
+            power.redundancyMode = byteField(value, field, check);
+        } else if (name == "modes") {
+            check.expect(value.is_object(), field, "must be an object of modes by their code (\"1\", \"2\", \"4\")");
+            for (const auto &[key, entry] : value.items()) {
+                std::string at = field + "/" + escapeToken(key);
+                power.modes[modeCode(key, at, check)] = readPowerMode(entry, at, check);
+            }
+        } else if (name == "capping") {
+            readCapping(value, field, power, check);
+        } else if (name == "restorePolicy") {
+            power.restorePolicy = readRestoreReply(value, field, check);
+        } else if (name == "restoreDelay") {
+            power.restoreDelay = readRestoreReply(value, field, check);
+        } else {
+            check.fail(field, "unknown power field (known: bladeFamily, redundancyMode, modes, capping, "
+                              "restorePolicy, restoreDelay)");
+        }
+    }
+    return power;
+}
+
 } // namespace
 
 std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file)
@@ -412,6 +545,8 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
             size_t i = 0;
             for (const json &entry : value)
                 machine->changeHistory.push_back(readChangeRecord(entry, pointer + "/" + std::to_string(i++), check));
+        } else if (name == "power") {
+            machine->power = readPower(value, pointer, check);
         } else if (name == "faults") {
             check.expect(value.is_array(), pointer, "must be an array of faults");
             size_t i = 0;
@@ -419,7 +554,8 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->faults.push_back(readFault(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name.rfind("_", 0) != 0) {
             // Names starting with "_" are free for comments.
-            check.fail(pointer, "unknown section (known: description, store, events, sessions, changeHistory, faults)");
+            check.fail(pointer,
+                       "unknown section (known: description, store, events, sessions, changeHistory, power, faults)");
         }
     }
     return machine;

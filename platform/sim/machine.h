@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -58,6 +59,40 @@ struct ChangeRecord {
     std::string text2;
 };
 
+// The power figures of one redundancy mode, as the power-management library
+// reports them: the system power and the mode's maximum limit (watts) and a
+// one-byte count (the power supplies the mode counts on).
+struct PowerModeFigures {
+    uint32_t systemPower = 0;
+    uint32_t maxLimit = 0;
+    uint8_t count = 0;
+};
+
+// What a restore-setting call answers: the completion code (0 success) and
+// the value, any byte, so that values the controller would not give can be
+// served as well.
+struct RestoreReply {
+    uint8_t completionCode = 0;
+    uint8_t value = 0;
+};
+
+// The power-management library and the restore settings. Every field
+// defaults to 0, so a machine without a "power" section has a zeroed policy
+// setting, no described mode and restore replies of 0.
+struct PowerManagement {
+    uint8_t bladeFamily = 0;
+    uint8_t redundancyMode = 0; // POWER_MODE_* in force
+    std::map<uint32_t, PowerModeFigures> modes;
+    uint8_t cappingPolicy = 0;
+    uint8_t capDomain = 0;
+    uint16_t currentCap = 0;
+    uint16_t softMinCap[2] = {}; // by cap domain
+    uint16_t minCap[2] = {};
+    uint16_t maxCap[2] = {};
+    RestoreReply restorePolicy;
+    RestoreReply restoreDelay;
+};
+
 struct Machine {
     std::string description;
     // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
@@ -65,6 +100,7 @@ struct Machine {
     std::vector<ActiveEvent> events;         // event database, in list order
     std::vector<Session> sessions;           // session manager, in id-list order
     std::vector<ChangeRecord> changeHistory; // change-history log, in log order
+    PowerManagement power;                   // power-management library and restore settings
     std::vector<Fault> faults;
 };
 

@@ -54,6 +54,13 @@ public:
         changeHistory_.push_back({{"category", category}, {"text1", std::move(text1)}, {"text2", std::move(text2)}});
         return *this;
     }
+    // The whole "power" section: policy setting, per-mode figures, capping
+    // and restore replies (docs/machine-description.md).
+    MachineBuilder &power(nlohmann::json section)
+    {
+        power_ = std::move(section);
+        return *this;
+    }
     std::string json() const
     {
         nlohmann::json machine;
@@ -62,6 +69,8 @@ public:
         machine["events"] = events_;
         machine["sessions"] = sessions_;
         machine["changeHistory"] = changeHistory_;
+        if (!power_.is_null())
+            machine["power"] = power_;
         machine["faults"] = faults_;
         return machine.dump(2);
     }
@@ -72,6 +81,7 @@ private:
     nlohmann::json events_ = nlohmann::json::array();
     nlohmann::json sessions_ = nlohmann::json::array();
     nlohmann::json changeHistory_ = nlohmann::json::array();
+    nlohmann::json power_; // null: no "power" section
 };
 
 } // namespace orv3::test

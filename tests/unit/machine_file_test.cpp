@@ -47,8 +47,9 @@ TEST(MachineFile, WrongKindOfValueNamesItsLine)
 
 TEST(MachineFile, UnknownSectionIsRefused)
 {
-    EXPECT_EQ(machineFileError("{\n\"fans\": []\n}"),
-              "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, faults)");
+    EXPECT_EQ(
+        machineFileError("{\n\"fans\": []\n}"),
+        "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, power, faults)");
 }
 
 TEST(MachineFile, FaultNeedsACall)
