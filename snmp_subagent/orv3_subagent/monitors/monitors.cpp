@@ -28,4 +28,6 @@ extern "C" void init_snmp_module_monitors(void)
     init_powerTable();
     init_disks();
     init_diskTable();
+    init_powerPolicyTable();
+    init_powerPolicyInformation();
 }

@@ -27,5 +27,7 @@ int init_powerModule(void);
 int init_powerTable(void);
 int init_disks(void);
 int init_diskTable(void);
+int init_powerPolicyTable(void);
+int init_powerPolicyInformation(void);
 
 } // extern "C"

@@ -2,6 +2,7 @@
 // count of power supplies as Gauge32. Not offered on the sorvinel,
 // tamberlow and plintaber platform families, named by ORV_FAMILY.
 #include "hw_health_tables.h"
+#include "platform_variant.h"
 #include "scalar_group.h"
 #include "trace.h"
 
@@ -16,17 +17,7 @@ extern "C" {
 
 int powerModule_family_unsupported(const char *routine)
 {
-    const char *family = getenv("ORV_FAMILY");
-    if (!family)
-        return 0;
-    for (const char *unsupported : {"sorvinel", "tamberlow", "plintaber"}) {
-        if (strcmp(family, unsupported) == 0) {
-            ORV3_TRACE_AT(routine, std::source_location::current(), "powerModule",
-                          "%s: sorvinel or tamberlow or plintaber server not be currently supported.\n", routine);
-            return 1;
-        }
-    }
-    return 0;
+    return orv3::familyWithoutPower(routine, "powerModule") ? 1 : 0;
 }
 
 int powerModule_update_powerNumber(void *value, size_t *size)

@@ -20,9 +20,10 @@ size_t oidLengthOf(const scalar_decl_ex_t &decl)
 
 template <class Decl>
 void registerDecls(const char *routine, const char *group, const Decl *decls, InstanceKind kind, const char *typeLabel,
-                   Netsnmp_Node_Handler *handler, std::source_location where)
+                   Netsnmp_Node_Handler *handler, RegistrationHeader header, std::source_location where)
 {
-    ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
+    if (header == RegistrationHeader::Traced)
+        ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
     for (const Decl *decl = decls; decl && decl->name; ++decl) {
         int result = kind == InstanceKind::ReadOnlyUlong
                          ? netsnmp_register_read_only_ulong_instance(group, decl->oid, oidLengthOf(*decl),
@@ -47,7 +48,7 @@ template <class Decl> const Decl *findByScalarArc(const Decl *decls, const netsn
 
 template <class Decl>
 int handleScalars(const Decl *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                  netsnmp_request_info *requests)
+                  netsnmp_request_info *requests, UpdateStatus onFailure)
 {
     if (!requests)
         return 0;
@@ -64,8 +65,11 @@ int handleScalars(const Decl *decls, const char *stdoutRoutine, netsnmp_agent_re
             printf("%s reqinfo->mode = %d\n", stdoutRoutine, reqinfo->mode);
         switch (reqinfo->mode) {
         case MODE_GET:
-            if (decl->update)
+            if (decl->update) {
                 status = decl->update(decl->value, decl->size);
+                if (status != 0 && onFailure == UpdateStatus::SetOnRequest)
+                    netsnmp_request_set_error(request, status);
+            }
             // The size cell never widens the answer past the record's own maximum.
             snmp_set_var_typed_value(request->requestvb, static_cast<u_char>(decl->asn_type), decl->value,
                                      *decl->size < size_t(decl->max_size) ? *decl->size : size_t(decl->max_size));
@@ -102,27 +106,29 @@ int storeRowCount(void *cell, size_t *size, int32_t (*rowCount)())
 }
 
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
-                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, RegistrationHeader header,
+                         std::source_location where)
 {
-    registerDecls(routine, group, decls, kind, typeLabel, handler, where);
+    registerDecls(routine, group, decls, kind, typeLabel, handler, header, where);
 }
 
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_ex_t *decls, InstanceKind kind,
-                         const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, RegistrationHeader header,
+                         std::source_location where)
 {
-    registerDecls(routine, group, decls, kind, typeLabel, handler, where);
+    registerDecls(routine, group, decls, kind, typeLabel, handler, header, where);
 }
 
 int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                       netsnmp_request_info *requests)
+                       netsnmp_request_info *requests, UpdateStatus onFailure)
 {
-    return handleScalars(decls, stdoutRoutine, reqinfo, requests);
+    return handleScalars(decls, stdoutRoutine, reqinfo, requests, onFailure);
 }
 
 int scalarGroupHandler(const scalar_decl_ex_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                       netsnmp_request_info *requests)
+                       netsnmp_request_info *requests, UpdateStatus onFailure)
 {
-    return handleScalars(decls, stdoutRoutine, reqinfo, requests);
+    return handleScalars(decls, stdoutRoutine, reqinfo, requests, onFailure);
 }
 
 } // namespace orv3

@@ -67,23 +67,33 @@ int storeRowCount(void *cell, size_t *size, int32_t (*rowCount)());
 
 enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
 
+// Whether registration traces "Registering <group> variables" itself, or
+// the group already did (before a platform test of its own).
+enum class RegistrationHeader { Traced, AlreadyTraced };
+
 // Registers every scalar of a group and traces "Registering <group>
 // variables" and one OK/failed line per scalar with `typeLabel`.
 // Nine-field records are registered with kScalarOidLength arcs, ten-field
 // records with their own length.
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler,
+                         RegistrationHeader header = RegistrationHeader::Traced,
                          std::source_location where = std::source_location::current());
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_ex_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler,
+                         RegistrationHeader header = RegistrationHeader::Traced,
                          std::source_location where = std::source_location::current());
+
+// What a GET does with an update routine's nonzero status: most groups
+// return it from the handler; some also set it as the request's error.
+enum class UpdateStatus { Returned, SetOnRequest };
 
 // The generic group handler, for either record form. `stdoutRoutine`, when
 // set, prints "<routine> reqinfo->mode = <mode>" for every request that
-// matches.
+// matches. A GET answers the value cell even when its update failed.
 int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                       netsnmp_request_info *requests);
+                       netsnmp_request_info *requests, UpdateStatus onFailure = UpdateStatus::Returned);
 int scalarGroupHandler(const scalar_decl_ex_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
-                       netsnmp_request_info *requests);
+                       netsnmp_request_info *requests, UpdateStatus onFailure = UpdateStatus::Returned);
 
 } // namespace orv3
