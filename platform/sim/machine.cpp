@@ -485,6 +485,27 @@ RestoreReply readRestoreReply(const json &entry, const std::string &pointer, con
     return reply;
 }
 
+// {"sample": 1, "time": 1750000000, "a": 450, ..., "f": 20}: the time
+// required, the rest 0 unless given.
+PowerSample readPowerSample(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "a sample must be an object");
+    PowerSample sample;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "sample")
+            sample.sample = halfwordField(value, field, check);
+        else if (name == "time")
+            sample.time = wordField(value, field, check);
+        else if (name.size() == 1 && name[0] >= 'a' && name[0] <= 'f')
+            sample.readings[name[0] - 'a'] = halfwordField(value, field, check);
+        else
+            check.fail(field, "unknown sample field (known: sample, time, a, b, c, d, e, f)");
+    }
+    check.expect(entry.contains("time"), pointer, "a sample needs \"time\" (seconds since the epoch)");
+    return sample;
+}
+
 PowerManagement readPower(const json &section, const std::string &pointer, const Checker &check)
 {
     check.expect(section.is_object(), pointer, "must be an object");
@@ -507,9 +528,14 @@ PowerManagement readPower(const json &section, const std::string &pointer, const
             power.restorePolicy = readRestoreReply(value, field, check);
         } else if (name == "restoreDelay") {
             power.restoreDelay = readRestoreReply(value, field, check);
+        } else if (name == "history") {
+            check.expect(value.is_array(), field, "must be an array of samples");
+            size_t i = 0;
+            for (const json &entry : value)
+                power.history.push_back(readPowerSample(entry, field + "/" + std::to_string(i++), check));
         } else {
             check.fail(field, "unknown power field (known: bladeFamily, redundancyMode, modes, capping, "
-                              "restorePolicy, restoreDelay)");
+                              "restorePolicy, restoreDelay, history)");
         }
     }
     return power;

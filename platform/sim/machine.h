@@ -76,6 +76,15 @@ struct RestoreReply {
     uint8_t value = 0;
 };
 
+// One sample of the power history: its number, its time (seconds since the
+// epoch; 0 ends the history) and six 16-bit readings, named after the
+// table columns that publish them.
+struct PowerSample {
+    uint16_t sample = 0;
+    uint32_t time = 0;
+    uint16_t readings[6] = {}; // a, b, c, d, e, f
+};
+
 // The power-management library and the restore settings. Every field
 // defaults to 0, so a machine without a "power" section has a zeroed policy
 // setting, no described mode and restore replies of 0.
@@ -91,6 +100,7 @@ struct PowerManagement {
     uint16_t maxCap[2] = {};
     RestoreReply restorePolicy;
     RestoreReply restoreDelay;
+    std::vector<PowerSample> history; // the system domain's last 24 hours, oldest first
 };
 
 struct Machine {

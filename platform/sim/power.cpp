@@ -1,6 +1,6 @@
 // The simulated power-management library and restore settings: the policy
-// setting record, the figures of each redundancy mode and the two restore
-// replies, from the machine description's "power" section.
+// setting record, the figures of each redundancy mode, the power history and
+// the two restore replies, from the machine description's "power" section.
 #include "orv3/power.h"
 #include "platform.h"
 
@@ -21,6 +21,19 @@ void putLittleEndian16(uint8_t *record, size_t offset, uint16_t value)
     const uint8_t bytes[2] = {static_cast<uint8_t>(value & 0xff), static_cast<uint8_t>(value >> 8)};
     memcpy(record + offset, bytes, sizeof bytes);
 }
+
+void putLittleEndian32(uint8_t *record, size_t offset, uint32_t value)
+{
+    putLittleEndian16(record, offset, static_cast<uint16_t>(value & 0xffff));
+    putLittleEndian16(record, offset + 2, static_cast<uint16_t>(value >> 16));
+}
+
+// Where each reading of a sample (a to f) lies in a history record.
+constexpr size_t kReadingOffsets[6] = {
+    offsetof(power_history_sample_t, reading_a), offsetof(power_history_sample_t, reading_b),
+    offsetof(power_history_sample_t, reading_c), offsetof(power_history_sample_t, reading_d),
+    offsetof(power_history_sample_t, reading_e), offsetof(power_history_sample_t, reading_f),
+};
 
 // Writes the reply into the caller's `length` bytes and no further: the
 // completion code in byte 0, the value in byte 1, zeros after them.
@@ -84,6 +97,30 @@ int32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t *system_power,
     *system_power = described->second.systemPower;
     *max_limit = described->second.maxLimit;
     *count = described->second.count;
+    return 0;
+}
+
+// Only the system domain's last 24 hours are kept. The caller's `count`
+// records are all written: the described samples first (as many as fit),
+// zeros after them, so that a time of 0 ends the history.
+int32_t pwrmgt_get_history_power(uint32_t domain, uint32_t period, power_history_sample_t *samples, uint32_t count)
+{
+    if (auto fault = Platform::instance().enter(__func__, ""))
+        return fault->result;
+    if (!samples || domain != SYS_PWR_DOMAIN || period != LAST_HOUR_24)
+        return kFailed;
+    auto machine = Platform::instance().machine();
+    const auto &history = machine->power.history;
+    for (uint32_t i = 0; i < count; ++i) {
+        uint8_t record[POWER_HISTORY_SAMPLE_SIZE] = {};
+        if (i < history.size()) {
+            putLittleEndian16(record, offsetof(power_history_sample_t, sample_number), history[i].sample);
+            putLittleEndian32(record, offsetof(power_history_sample_t, timestamp), history[i].time);
+            for (size_t reading = 0; reading < 6; ++reading)
+                putLittleEndian16(record, kReadingOffsets[reading], history[i].readings[reading]);
+        }
+        memcpy(&samples[i], record, sizeof record);
+    }
     return 0;
 }
 

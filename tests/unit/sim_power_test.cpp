@@ -299,6 +299,51 @@ std::string powerError(const std::string &section)
     return machineFileError("{\n  \"power\": " + section + "\n}\n");
 }
 
+TEST(SimPower, HistoryRecordsCarryEachFieldAtItsOffsetAndZerosAfterTheSamples)
+{
+    ServedMachine served(machineWithPower({{"history",
+                                            {{{"sample", 7},
+                                              {"time", 0x65A1B2C3},
+                                              {"a", 0x0A0A},
+                                              {"b", 0x0B0B},
+                                              {"c", 0x0C0C},
+                                              {"d", 0x0D0D},
+                                              {"e", 0x0E0E},
+                                              {"f", 0x0F0F}},
+                                             {{"sample", 8}, {"time", 1}}}}}));
+    power_history_sample_t samples[4];
+    memset(samples, 0xAA, sizeof samples);
+    ASSERT_EQ(pwrmgt_get_history_power(SYS_PWR_DOMAIN, LAST_HOUR_24, samples, 3), 0);
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(samples);
+    const uint8_t first[20] = {0x07, 0x00, 0x00, 0x00, 0xC3, 0xB2, 0xA1, 0x65, 0x0D, 0x0D,
+                               0x0F, 0x0F, 0x0E, 0x0E, 0x0A, 0x0A, 0x0C, 0x0C, 0x0B, 0x0B};
+    EXPECT_EQ(memcmp(bytes, first, sizeof first), 0);
+    EXPECT_EQ(bytes[20], 8);
+    EXPECT_EQ(bytes[24], 1);
+    for (size_t i = 40; i < 60; ++i)
+        EXPECT_EQ(bytes[i], 0) << "byte " << i << " of the record after the samples";
+    EXPECT_EQ(bytes[60], 0xAA) << "the fourth record is not the caller's to give";
+}
+
+TEST(SimPower, HistoryIsOnlyTheSystemDomainsLastDay)
+{
+    ServedMachine served(machineWithPower({{"history", nlohmann::json::array({{{"sample", 1}, {"time", 5}}})}}));
+    power_history_sample_t samples[2] = {};
+    EXPECT_EQ(pwrmgt_get_history_power(1, LAST_HOUR_24, samples, 2), 1);
+    EXPECT_EQ(pwrmgt_get_history_power(SYS_PWR_DOMAIN, 2, samples, 2), 1);
+    EXPECT_EQ(pwrmgt_get_history_power(SYS_PWR_DOMAIN, LAST_HOUR_24, nullptr, 2), 1);
+}
+
+TEST(SimPower, HistoryFaultReturnsItsResultAndWritesNothing)
+{
+    ServedMachine served(machineWithPower({{"history", nlohmann::json::array({{{"sample", 1}, {"time", 5}}})}},
+                                          nlohmann::json::array({fault("pwrmgt_get_history_power", "", 4)})));
+    power_history_sample_t samples[1];
+    memset(samples, 0xAA, sizeof samples);
+    EXPECT_EQ(pwrmgt_get_history_power(SYS_PWR_DOMAIN, LAST_HOUR_24, samples, 1), 4);
+    EXPECT_EQ(reinterpret_cast<const uint8_t *>(samples)[0], 0xAA);
+}
+
 TEST(SimPowerMachineFile, SectionMustBeAnObject)
 {
     EXPECT_EQ(powerError("[]"), "m.json:2: /power: must be an object");
@@ -308,7 +353,7 @@ TEST(SimPowerMachineFile, UnknownFieldIsNamedWithItsLine)
 {
     EXPECT_EQ(powerError("{\n    \"redundancyMode\": 1,\n    \"redundancy\": 2 }"),
               "m.json:4: /power/redundancy: unknown power field (known: bladeFamily, redundancyMode, modes, "
-              "capping, restorePolicy, restoreDelay)");
+              "capping, restorePolicy, restoreDelay, history)");
     EXPECT_EQ(powerError("{ \"modes\": { \"1\": {\n \"watts\": 5 } } }"),
               "m.json:3: /power/modes/1/watts: unknown mode field (known: systemPower, maxLimit, count)");
     EXPECT_EQ(powerError("{ \"capping\": {\n \"cap\": 5 } }"),
