@@ -30,4 +30,5 @@ extern "C" void init_snmp_module_monitors(void)
     init_diskTable();
     init_powerPolicyTable();
     init_powerPolicyInformation();
+    init_powerTrendingSampleTable();
 }

@@ -29,5 +29,6 @@ int init_disks(void);
 int init_diskTable(void);
 int init_powerPolicyTable(void);
 int init_powerPolicyInformation(void);
+int init_powerTrendingSampleTable(void);
 
 } // extern "C"
