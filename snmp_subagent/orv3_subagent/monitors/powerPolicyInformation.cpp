@@ -10,8 +10,6 @@
 
 #include "orv3/power.h"
 
-#include <cstring>
-
 namespace {
 
 constexpr char kToken[] = "powerPolicyInformation";
@@ -22,26 +20,6 @@ orv3::ScalarCell powerRestorePolicy_value;
 orv3::ScalarCell powerRestoreDelay_value;
 size_t powerRestorePolicy_size = 4;
 size_t powerRestoreDelay_size = 4;
-
-// A blade-family setting makes the value stand as it is.
-enum class Setting { Failed, BladeFamily, Offered };
-
-Setting readSetting(const char *routine)
-{
-    power_policy_setting_t setting;
-    memset(&setting, 0, sizeof setting);
-    if (int32_t rc = pwrmgt_get_power_policy_setting(&setting); rc != 0) {
-        ORV3_TRACE_AT(routine, std::source_location::current(), kToken,
-                      "%s: Failed to call pwrmgt_get_power_policy_setting(), rc:%d.\n", routine, rc);
-        return Setting::Failed;
-    }
-    if (setting.blade_family != 0) {
-        ORV3_TRACE_AT(routine, std::source_location::current(), kToken,
-                      "%s: SORVINEL server not be currently supported.\n", routine);
-        return Setting::BladeFamily;
-    }
-    return Setting::Offered;
-}
 
 // One restore setting: the platform call, its response length, the largest
 // valid value and the text of a failure.
@@ -54,10 +32,12 @@ struct RestoreSetting {
 
 int update(const char *routine, int line, const RestoreSetting &restore, void *value, size_t *size)
 {
-    switch (readSetting(routine)) {
-    case Setting::Failed: return SNMP_ERR_GENERR;
-    case Setting::BladeFamily: return 0;
-    case Setting::Offered: break;
+    // A blade-family setting leaves the value as it stands, without an error.
+    power_policy_setting_t setting;
+    switch (orv3::readPolicySetting(routine, kToken, setting)) {
+    case orv3::PolicySetting::Failed: return SNMP_ERR_GENERR;
+    case orv3::PolicySetting::BladeFamily: return 0;
+    case orv3::PolicySetting::Offered: break;
     }
     uint8_t work[4] = {};
     uint8_t response[POWER_RESTORE_POLICY_RESPONSE_SIZE] = {};

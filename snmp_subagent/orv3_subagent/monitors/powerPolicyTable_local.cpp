@@ -17,6 +17,26 @@ constexpr char kToken[] = "powerPolicyTable";
 
 } // namespace
 
+namespace orv3 {
+
+PolicySetting readPolicySetting(const char *routine, const char *token, power_policy_setting_t &setting,
+                                std::source_location where)
+{
+    memset(&setting, 0, sizeof setting);
+    if (int32_t rc = pwrmgt_get_power_policy_setting(&setting); rc != 0) {
+        ORV3_TRACE_AT(routine, where, token, "%s: Failed to call pwrmgt_get_power_policy_setting(), rc:%d.\n", routine,
+                      rc);
+        return PolicySetting::Failed;
+    }
+    if (setting.blade_family != 0) {
+        ORV3_TRACE_AT(routine, where, token, "%s: SORVINEL server not be currently supported.\n", routine);
+        return PolicySetting::BladeFamily;
+    }
+    return PolicySetting::Offered;
+}
+
+} // namespace orv3
+
 extern "C" {
 
 power_policy_data_t sPolicyData[3] = {
@@ -30,15 +50,8 @@ int initialize_powerPolicyTable_local(void)
     ORV3_TRACE(kToken, "%s: Begin.\n", __func__);
     powerPolicyTable_clear();
     power_policy_setting_t setting;
-    memset(&setting, 0, sizeof setting);
-    if (int32_t rc = pwrmgt_get_power_policy_setting(&setting); rc != 0) {
-        ORV3_TRACE(kToken, "%s: Failed to call pwrmgt_get_power_policy_setting(), rc:%d.\n", __func__, rc);
+    if (orv3::readPolicySetting(__func__, kToken, setting) != orv3::PolicySetting::Offered)
         return 0;
-    }
-    if (setting.blade_family != 0) {
-        ORV3_TRACE(kToken, "%s: SORVINEL server not be currently supported.\n", __func__);
-        return 0;
-    }
     const int modes = orv3::codenameStartsWith("kelpo") ? 3 : 2;
     const uint8_t inForce = setting.redundancy_mode;
     uint32_t power = 0, maxLimit = 0;

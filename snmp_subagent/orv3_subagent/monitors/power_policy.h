@@ -6,6 +6,10 @@
 #include "row_table.h"
 #include "scalar_group.h"
 
+#include "orv3/power.h"
+
+#include <source_location>
+
 extern "C" {
 
 // One redundancy mode of the catalogue: its name and the power library's code.
@@ -40,6 +44,13 @@ int powerPolicyInformation_update_powerRestoreDelay(void *value, size_t *size);
 ORV3_ROW_TABLE_DECLARATIONS(powerPolicyTable, powerPolicyTable_entry_t)
 
 namespace orv3 {
+
+// Whether power policies are offered, from the power library's policy
+// setting: a failed read and a blade-family setting are traced by `routine`
+// under `token`. `setting` holds the record read.
+enum class PolicySetting { Failed, BladeFamily, Offered };
+PolicySetting readPolicySetting(const char *routine, const char *token, power_policy_setting_t &setting,
+                                std::source_location where = std::source_location::current());
 
 // The share of `maxLimit` that `power` is, in percent rounded half up,
 // computed in unsigned 32-bit words as the controller does: the
