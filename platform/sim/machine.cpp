@@ -506,6 +506,27 @@ PowerSample readPowerSample(const json &entry, const std::string &pointer, const
     return sample;
 }
 
+// {"total": 620, "cpu": 240, "memory": 90, "result": 0}: each 0 unless given.
+RealtimePowers readRealtime(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "must be an object");
+    RealtimePowers powers;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "total")
+            powers.total = halfwordField(value, field, check);
+        else if (name == "cpu")
+            powers.cpu = halfwordField(value, field, check);
+        else if (name == "memory")
+            powers.memory = halfwordField(value, field, check);
+        else if (name == "result")
+            powers.result = check.int32(value, field);
+        else
+            check.fail(field, "unknown realtime field (known: total, cpu, memory, result)");
+    }
+    return powers;
+}
+
 PowerManagement readPower(const json &section, const std::string &pointer, const Checker &check)
 {
     check.expect(section.is_object(), pointer, "must be an object");
@@ -533,12 +554,56 @@ PowerManagement readPower(const json &section, const std::string &pointer, const
             size_t i = 0;
             for (const json &entry : value)
                 power.history.push_back(readPowerSample(entry, field + "/" + std::to_string(i++), check));
+        } else if (name == "realtime") {
+            power.realtime = readRealtime(value, field, check);
         } else {
             check.fail(field, "unknown power field (known: bladeFamily, redundancyMode, modes, capping, "
-                              "restorePolicy, restoreDelay, history)");
+                              "restorePolicy, restoreDelay, history, realtime)");
         }
     }
     return power;
+}
+
+// "06 01 2a": bytes as hexadecimal numbers of one or two digits, separated by blanks.
+std::vector<uint8_t> hexBytes(const json &value, const std::string &pointer, const Checker &check)
+{
+    check.expect(value.is_string(), pointer, "must be a text of hexadecimal bytes separated by blanks (\"06 01\")");
+    std::vector<uint8_t> bytes;
+    std::istringstream words(value.get<std::string>());
+    std::string word;
+    while (words >> word) {
+        check.expect(word.size() <= 2 && word.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos, pointer,
+                     "\"" + word + "\" is not a hexadecimal byte (\"00\" to \"ff\")");
+        bytes.push_back(static_cast<uint8_t>(std::stoul(word, nullptr, 16)));
+    }
+    return bytes;
+}
+
+// {"request": "06 01", "response": "00 20 01 ..."}; "_what" and any other
+// name starting with "_" is a comment.
+IpmiExchange readIpmiExchange(const json &entry, const std::string &pointer, const Checker &check)
+{
+    check.expect(entry.is_object(), pointer, "an IPMI exchange must be an object");
+    IpmiExchange exchange;
+    for (const auto &[name, value] : entry.items()) {
+        std::string field = pointer + "/" + escapeToken(name);
+        if (name == "request") {
+            exchange.request = hexBytes(value, field, check);
+            check.expect(exchange.request.size() >= 2, field,
+                         "a request holds at least the network function and the command");
+        } else if (name == "response") {
+            exchange.response = hexBytes(value, field, check);
+            check.expect(!exchange.response.empty() && exchange.response.size() <= kIpmiResponseCapacity, field,
+                         "a response holds the completion code and at most " +
+                             std::to_string(kIpmiResponseCapacity - 1) + " bytes after it");
+        } else if (name.rfind("_", 0) != 0) {
+            check.fail(field, "unknown IPMI exchange field (known: request, response; names starting with \"_\" "
+                              "are free for comments)");
+        }
+    }
+    check.expect(entry.contains("request") && entry.contains("response"), pointer,
+                 "an IPMI exchange needs \"request\" and \"response\"");
+    return exchange;
 }
 
 } // namespace
@@ -573,6 +638,11 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->changeHistory.push_back(readChangeRecord(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name == "power") {
             machine->power = readPower(value, pointer, check);
+        } else if (name == "ipmi") {
+            check.expect(value.is_array(), pointer, "must be an array of IPMI exchanges");
+            size_t i = 0;
+            for (const json &entry : value)
+                machine->ipmi.push_back(readIpmiExchange(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name == "faults") {
             check.expect(value.is_array(), pointer, "must be an array of faults");
             size_t i = 0;
@@ -581,7 +651,8 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
         } else if (name.rfind("_", 0) != 0) {
             // Names starting with "_" are free for comments.
             check.fail(pointer,
-                       "unknown section (known: description, store, events, sessions, changeHistory, power, faults)");
+                       "unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
+                       "faults)");
         }
     }
     return machine;

@@ -85,6 +85,16 @@ struct PowerSample {
     uint16_t readings[6] = {}; // a, b, c, d, e, f
 };
 
+// The real-time power readings (watts) and what the call returns: the
+// library reports a failure with 1 and other conditions with other nonzero
+// results, after filling the readings all the same.
+struct RealtimePowers {
+    uint16_t total = 0;
+    uint16_t cpu = 0;
+    uint16_t memory = 0;
+    int32_t result = 0;
+};
+
 // The power-management library and the restore settings. Every field
 // defaults to 0, so a machine without a "power" section has a zeroed policy
 // setting, no described mode and restore replies of 0.
@@ -101,7 +111,18 @@ struct PowerManagement {
     RestoreReply restorePolicy;
     RestoreReply restoreDelay;
     std::vector<PowerSample> history; // the system domain's last 24 hours, oldest first
+    RealtimePowers realtime;
 };
+
+// One command the IPMI channel knows: the request bytes (network function,
+// command, command data) and the response bytes (completion code first).
+struct IpmiExchange {
+    std::vector<uint8_t> request;
+    std::vector<uint8_t> response;
+};
+
+// Every caller of the IPMI channel guarantees a response buffer of 16 bytes.
+constexpr size_t kIpmiResponseCapacity = 16;
 
 struct Machine {
     std::string description;
@@ -111,6 +132,7 @@ struct Machine {
     std::vector<Session> sessions;           // session manager, in id-list order
     std::vector<ChangeRecord> changeHistory; // change-history log, in log order
     PowerManagement power;                   // power-management library and restore settings
+    std::vector<IpmiExchange> ipmi;          // the IPMI channel's known commands, first match answers
     std::vector<Fault> faults;
 };
 

@@ -54,13 +54,13 @@ Platform &Platform::instance()
     return platform;
 }
 
-void Platform::logCall(std::string_view call, std::string_view key)
+void Platform::logCall(std::string_view call, std::string_view text)
 {
     if (callLogPath_.empty())
         return;
     std::string line;
-    line.reserve(call.size() + key.size() + 2);
-    line.append(call).append(" ").append(key).append("\n");
+    line.reserve(call.size() + text.size() + 2);
+    line.append(call).append(" ").append(text).append("\n");
     // Opened for every line: the agent closes the descriptors it inherits
     // as it starts, after the simulator is already loaded. One write per
     // line keeps lines whole when a test reads the log.
@@ -78,10 +78,11 @@ std::shared_ptr<const Machine> Platform::machine()
     return source_.current();
 }
 
-std::optional<Fault> Platform::enter(std::string_view call, std::string_view key)
+std::optional<Fault> Platform::enter(std::string_view call, std::string_view key, CallLog log)
 {
     std::lock_guard lock(mutex_);
-    logCall(call, key);
+    if (log == CallLog::OnEntry)
+        logCall(call, key);
     std::shared_ptr<const Machine> machine = source_.current();
     if (faultGeneration_ != source_.generation()) {
         // A reloaded description starts its faults' counts afresh.

@@ -33,8 +33,13 @@ class Platform {
 public:
     static Platform &instance();
 
-    // Logs the call and returns the fault that makes it fail, if any.
-    std::optional<Fault> enter(std::string_view call, std::string_view key);
+    // Logs the call and returns the fault that makes it fail, if any. A
+    // service that logs its calls with their outcome passes
+    // CallLog::ByService and calls logCall itself.
+    enum class CallLog { OnEntry, ByService };
+    std::optional<Fault> enter(std::string_view call, std::string_view key, CallLog log = CallLog::OnEntry);
+    // Appends "<call> <text>" to the call log.
+    void logCall(std::string_view call, std::string_view text);
     std::shared_ptr<const Machine> machine();
     const std::string &machinePath() const { return source_.path(); }
 
@@ -43,7 +48,6 @@ public:
 
 private:
     Platform();
-    void logCall(std::string_view call, std::string_view key);
 
     std::mutex mutex_;
     MachineSource source_;

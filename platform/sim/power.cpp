@@ -1,6 +1,7 @@
 // The simulated power-management library and restore settings: the policy
-// setting record, the figures of each redundancy mode, the power history and
-// the two restore replies, from the machine description's "power" section.
+// setting record, the figures of each redundancy mode, the real-time
+// readings, the power history and the two restore replies, from the machine
+// description's "power" section.
 #include "orv3/power.h"
 #include "platform.h"
 
@@ -98,6 +99,24 @@ int32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t *system_power,
     *max_limit = described->second.maxLimit;
     *count = described->second.count;
     return 0;
+}
+
+// Fills the readings and returns the machine's result for them: 1 is the
+// library's failure, other results come with usable readings. A fault
+// returns its result and writes nothing.
+int32_t pwrmgt_get_realtime_powers(power_realtime_t *powers)
+{
+    if (auto fault = Platform::instance().enter(__func__, ""))
+        return fault->result;
+    if (!powers)
+        return kFailed;
+    const orv3::sim::RealtimePowers &realtime = Platform::instance().machine()->power.realtime;
+    uint8_t record[POWER_REALTIME_SIZE] = {};
+    putLittleEndian16(record, offsetof(power_realtime_t, total), realtime.total);
+    putLittleEndian16(record, offsetof(power_realtime_t, cpu), realtime.cpu);
+    putLittleEndian16(record, offsetof(power_realtime_t, memory), realtime.memory);
+    memcpy(powers, record, sizeof record);
+    return realtime.result;
 }
 
 // Only the system domain's last 24 hours are kept. The caller's `count`

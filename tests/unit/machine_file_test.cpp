@@ -49,7 +49,8 @@ TEST(MachineFile, UnknownSectionIsRefused)
 {
     EXPECT_EQ(
         machineFileError("{\n\"fans\": []\n}"),
-        "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, power, faults)");
+        "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
+        "faults)");
 }
 
 TEST(MachineFile, FaultNeedsACall)

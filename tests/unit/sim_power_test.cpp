@@ -116,13 +116,13 @@ TEST(SimPower, SettingRecordHoldsEveryFieldAtItsOffsetLittleEndian)
     EXPECT_EQ(bytes, expected) << "reserved bytes are zeroed, 16-bit caps low byte first";
 }
 
-TEST(SimPower, SampleMachineRunsRedundantWithCappingOff)
+TEST(SimPower, SampleMachineRunsRedundantWithCappingOn)
 {
     Record bytes;
     ASSERT_EQ(readSetting(bytes), 0);
     EXPECT_EQ(bytes[0], 0) << "not a blade";
     EXPECT_EQ(bytes[1], POWER_MODE_REDUNDANT);
-    EXPECT_EQ(bytes[3], 0) << "capping off";
+    EXPECT_EQ(bytes[3], 1) << "capping on";
     uint16_t maxCap0 = static_cast<uint16_t>(bytes[12] | bytes[13] << 8);
     uint16_t minCap0 = static_cast<uint16_t>(bytes[10] | bytes[11] << 8);
     EXPECT_GT(maxCap0, minCap0);
@@ -344,6 +344,59 @@ TEST(SimPower, HistoryFaultReturnsItsResultAndWritesNothing)
     EXPECT_EQ(reinterpret_cast<const uint8_t *>(samples)[0], 0xAA);
 }
 
+using RealtimeRecord = std::array<uint8_t, POWER_REALTIME_SIZE>;
+
+int32_t readRealtime(RealtimeRecord &bytes, uint8_t fill = 0)
+{
+    bytes.fill(fill);
+    power_realtime_t powers;
+    memcpy(&powers, bytes.data(), sizeof powers);
+    int32_t result = pwrmgt_get_realtime_powers(&powers);
+    memcpy(bytes.data(), &powers, sizeof powers);
+    return result;
+}
+
+TEST(SimPower, RealtimeRecordHoldsTheReadingsAtTheirOffsetsAndZerosElsewhere)
+{
+    ServedMachine served(machineWithPower({{"realtime", {{"total", 0x0102}, {"cpu", 0x0304}, {"memory", 0xfffe}}}}));
+    RealtimeRecord bytes;
+    ASSERT_EQ(readRealtime(bytes, 0xcc), 0);
+    const RealtimeRecord expected = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x02, 0x01, 0x04, 0x03, 0xfe, 0xff, 0, 0, 0, 0};
+    EXPECT_EQ(bytes, expected);
+}
+
+TEST(SimPower, RealtimeResultComesWithTheReadings)
+{
+    ServedMachine served(machineWithPower({{"realtime", {{"total", 500}, {"result", 2}}}}));
+    RealtimeRecord bytes;
+    EXPECT_EQ(readRealtime(bytes), 2);
+    EXPECT_EQ(bytes[10] | bytes[11] << 8, 500);
+}
+
+TEST(SimPower, RealtimeFaultReturnsItsResultAndWritesNothing)
+{
+    ServedMachine served(machineWithPower({{"realtime", {{"total", 500}}}},
+                                          nlohmann::json::array({fault("pwrmgt_get_realtime_powers", "", 1)})));
+    RealtimeRecord bytes;
+    EXPECT_EQ(readRealtime(bytes, 0xcc), 1);
+    RealtimeRecord untouched;
+    untouched.fill(0xcc);
+    EXPECT_EQ(bytes, untouched);
+}
+
+TEST(SimPower, SampleMachineDrawsLessThanItsCap)
+{
+    RealtimeRecord bytes;
+    ASSERT_EQ(readRealtime(bytes), 0);
+    const int total = bytes[10] | bytes[11] << 8;
+    const int cpu = bytes[12] | bytes[13] << 8;
+    const int memory = bytes[14] | bytes[15] << 8;
+    EXPECT_GT(total, cpu + memory);
+    Record setting;
+    ASSERT_EQ(readSetting(setting), 0);
+    EXPECT_LT(total, setting[6] | setting[7] << 8);
+}
+
 TEST(SimPowerMachineFile, SectionMustBeAnObject)
 {
     EXPECT_EQ(powerError("[]"), "m.json:2: /power: must be an object");
@@ -353,7 +406,7 @@ TEST(SimPowerMachineFile, UnknownFieldIsNamedWithItsLine)
 {
     EXPECT_EQ(powerError("{\n    \"redundancyMode\": 1,\n    \"redundancy\": 2 }"),
               "m.json:4: /power/redundancy: unknown power field (known: bladeFamily, redundancyMode, modes, "
-              "capping, restorePolicy, restoreDelay, history)");
+              "capping, restorePolicy, restoreDelay, history, realtime)");
     EXPECT_EQ(powerError("{ \"modes\": { \"1\": {\n \"watts\": 5 } } }"),
               "m.json:3: /power/modes/1/watts: unknown mode field (known: systemPower, maxLimit, count)");
     EXPECT_EQ(powerError("{ \"capping\": {\n \"cap\": 5 } }"),
