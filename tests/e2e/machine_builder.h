@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <map>
 #include <string>
 
 namespace orv3::test {
@@ -61,6 +62,12 @@ public:
         power_ = std::move(section);
         return *this;
     }
+    // An exchange the IPMI channel knows: request and response bytes in hex ("06 01").
+    MachineBuilder &ipmiExchange(const std::string &request, const std::string &response)
+    {
+        ipmi_.push_back({{"request", request}, {"response", response}});
+        return *this;
+    }
     std::string json() const
     {
         nlohmann::json machine;
@@ -71,6 +78,7 @@ public:
         machine["changeHistory"] = changeHistory_;
         if (!power_.is_null())
             machine["power"] = power_;
+        machine["ipmi"] = ipmi_;
         machine["faults"] = faults_;
         return machine.dump(2);
     }
@@ -82,6 +90,19 @@ private:
     nlohmann::json sessions_ = nlohmann::json::array();
     nlohmann::json changeHistory_ = nlohmann::json::array();
     nlohmann::json power_; // null: no "power" section
+    nlohmann::json ipmi_ = nlohmann::json::array();
 };
+
+// An agent serving a machine whose "power" section is `power`, on the
+// platform variant `env` (ORV_FAMILY, ORV_CODENAME, PLATFLAGS).
+inline AgentOptions powerAgent(const nlohmann::json &power, std::map<std::string, std::string> env = {},
+                               std::string debugTokens = "")
+{
+    MachineBuilder machine;
+    machine.power(power);
+    AgentOptions options = fanAgent(machine.json(), std::move(debugTokens));
+    options.env = std::move(env);
+    return options;
+}
 
 } // namespace orv3::test

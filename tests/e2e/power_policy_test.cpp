@@ -32,16 +32,6 @@ nlohmann::json powerSection(int inForce = 1)
             {"restoreDelay", {{"value", 1}}}};
 }
 
-AgentOptions agentFor(const nlohmann::json &power, std::map<std::string, std::string> env = {},
-                      std::string debugTokens = "")
-{
-    MachineBuilder machine;
-    machine.power(power);
-    AgentOptions options = fanAgent(machine.json(), std::move(debugTokens));
-    options.env = std::move(env);
-    return options;
-}
-
 std::vector<long> indexes(Agent &agent)
 {
     std::vector<long> seen;
@@ -62,7 +52,7 @@ long integerAt(Agent &agent, const std::string &oid)
 
 TEST(PowerPolicyTable, ServesEveryColumnOfTheTwoUsualModes)
 {
-    Agent agent(agentFor(powerSection()));
+    Agent agent(powerAgent(powerSection()));
     std::vector<VarBind> walk = agent.client().walk(kPolicyTable);
     ASSERT_EQ(walk.size(), 12u);
     EXPECT_EQ(walk[0].oid, policyCell(1, 0));
@@ -85,7 +75,7 @@ class CodeName : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(CodeName, OfAKelpoPlatformGivesThreeRows)
 {
-    Agent agent(agentFor(powerSection(), {{"ORV_CODENAME", GetParam()}}));
+    Agent agent(powerAgent(powerSection(), {{"ORV_CODENAME", GetParam()}}));
     EXPECT_EQ(indexes(agent), (std::vector<long>{0, 1, 2}));
     Response reply = agent.client().get({policyCell(2, 2)});
     ASSERT_EQ(reply.varbinds.size(), 1u) << reply;
@@ -96,13 +86,13 @@ INSTANTIATE_TEST_SUITE_P(Kelpo, CodeName, ::testing::Values("KELPO7", "kelpo", "
 
 TEST(PowerPolicyTable, WithoutACodeNameHasTwoRows)
 {
-    Agent agent(agentFor(powerSection()));
+    Agent agent(powerAgent(powerSection()));
     EXPECT_EQ(indexes(agent), (std::vector<long>{0, 1}));
 }
 
 TEST(PowerPolicyTable, AnotherCodeNameHasTwoRows)
 {
-    Agent agent(agentFor(powerSection(), {{"ORV_CODENAME", "kelp"}}));
+    Agent agent(powerAgent(powerSection(), {{"ORV_CODENAME", "kelp"}}));
     EXPECT_EQ(indexes(agent), (std::vector<long>{0, 1}));
 }
 
@@ -111,7 +101,7 @@ class PlatformFlags : public ::testing::TestWithParam<std::pair<std::string, boo
 TEST_P(PlatformFlags, Bit8000RemovesTheTableButNotTheRestoreScalars)
 {
     auto [flags, tableServed] = GetParam();
-    Agent agent(agentFor(powerSection(), {{"PLATFLAGS", flags}}));
+    Agent agent(powerAgent(powerSection(), {{"PLATFLAGS", flags}}));
     EXPECT_EQ(agent.client().walk(kPolicyTable).size(), tableServed ? 12u : 0u);
     EXPECT_EQ(integerAt(agent, kRestorePolicy), 2);
     EXPECT_EQ(integerAt(agent, kRestoreDelay), 1);
@@ -126,7 +116,7 @@ class FamilyWithoutPower : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(FamilyWithoutPower, RegistersNeitherGroupAndSaysSo)
 {
-    Agent agent(agentFor(powerSection(), {{"ORV_FAMILY", GetParam()}}, "powerPolicyTable,powerPolicyInformation"));
+    Agent agent(powerAgent(powerSection(), {{"ORV_FAMILY", GetParam()}}, "powerPolicyTable,powerPolicyInformation"));
     EXPECT_TRUE(agent.client().walk(kPolicyTable).empty());
     Response reply = agent.client().get({kRestorePolicy});
     ASSERT_EQ(reply.varbinds.size(), 1u) << reply;
@@ -148,7 +138,7 @@ TEST(PowerPolicyTable, UsageIsComputedInUnsigned32BitWordsAndWrapsAsTheControlle
     nlohmann::json power = powerSection();
     power["modes"]["1"] = mode(5000000, 4000000, 2);
     power["modes"]["2"] = mode(1, 3, 2);
-    Agent agent(agentFor(power));
+    Agent agent(powerAgent(power));
     uint32_t wrapped = ((5000000u * 1000u) / 4000000u + 5u) / 10u;
     EXPECT_EQ(integerAt(agent, policyCell(5, 0)), static_cast<long>(wrapped));
     EXPECT_EQ(integerAt(agent, policyCell(5, 1)), 33); // (1000 / 3 + 5) / 10
@@ -158,7 +148,7 @@ TEST(PowerPolicyTable, AZeroLimitIsAnUnknownUsage)
 {
     nlohmann::json power = powerSection();
     power["modes"]["1"] = mode(450, 0, 2);
-    Agent agent(agentFor(power, {}, "powerPolicyTable"));
+    Agent agent(powerAgent(power, {}, "powerPolicyTable"));
     EXPECT_EQ(integerAt(agent, policyCell(4, 0)), 0);
     EXPECT_EQ(integerAt(agent, policyCell(5, 0)), -1);
     EXPECT_GE(agent.countInStdout("powerPolicyTable: initialize_powerPolicyTable_local: The value of u32MaxLimit is "
@@ -171,7 +161,7 @@ TEST(PowerPolicyTable, AModeWhoseFiguresFailKeepsItsRowWithMinusOnes)
 {
     nlohmann::json power = powerSection();
     power["modes"].erase("2");
-    Agent agent(agentFor(power, {}, "powerPolicyTable"));
+    Agent agent(powerAgent(power, {}, "powerPolicyTable"));
     EXPECT_EQ(indexes(agent), (std::vector<long>{0, 1}));
     for (int column : {3, 4, 5})
         EXPECT_EQ(integerAt(agent, policyCell(column, 1)), -1) << column;
@@ -184,7 +174,7 @@ TEST(PowerPolicyTable, AModeWhoseFiguresFailKeepsItsRowWithMinusOnes)
 
 TEST(PowerPolicyTable, ExactlyTheModeInForceIsActivated)
 {
-    Agent agent(agentFor(powerSection(2), {{"ORV_CODENAME", "KELPO7"}}));
+    Agent agent(powerAgent(powerSection(2), {{"ORV_CODENAME", "KELPO7"}}));
     EXPECT_EQ(integerAt(agent, policyCell(6, 0)), 0);
     EXPECT_EQ(integerAt(agent, policyCell(6, 1)), 1);
     EXPECT_EQ(integerAt(agent, policyCell(6, 2)), 0);
@@ -192,7 +182,7 @@ TEST(PowerPolicyTable, ExactlyTheModeInForceIsActivated)
 
 TEST(PowerPolicyTable, NoRowIsActivatedWhenTheModeInForceIsNotListed)
 {
-    Agent agent(agentFor(powerSection(4)));
+    Agent agent(powerAgent(powerSection(4)));
     std::vector<VarBind> activated = agent.client().walk(oidJoin(kPolicyTable, {1, 6}));
     ASSERT_EQ(activated.size(), 2u);
     EXPECT_EQ(activated[0].integer, 0);
@@ -203,7 +193,7 @@ TEST(PowerPolicyTable, ABladeFamilySettingOrAFailedSettingLeavesItEmpty)
 {
     nlohmann::json blade = powerSection();
     blade["bladeFamily"] = 1;
-    Agent bladeAgent(agentFor(blade, {}, "powerPolicyTable"));
+    Agent bladeAgent(powerAgent(blade, {}, "powerPolicyTable"));
     EXPECT_TRUE(bladeAgent.client().walk(kPolicyTable).empty());
     EXPECT_GE(bladeAgent.countInStdout(
                   "powerPolicyTable: initialize_powerPolicyTable_local: SORVINEL server not be currently supported.\n"),
@@ -224,7 +214,7 @@ TEST(PowerPolicyTable, ABladeFamilySettingOrAFailedSettingLeavesItEmpty)
 
 TEST(PowerPolicyTable, IsRebuiltForEveryRequest)
 {
-    Agent agent(agentFor(powerSection()));
+    Agent agent(powerAgent(powerSection()));
     agent.clearCallLog();
     agent.client().get({policyCell(2, 0)});
     agent.client().get({policyCell(2, 1)});
@@ -233,7 +223,7 @@ TEST(PowerPolicyTable, IsRebuiltForEveryRequest)
 
 TEST(PowerPolicyTable, AnSnmptableStyleGetBulkAcrossItReadsNoFreedRow)
 {
-    Agent agent(agentFor(powerSection(), {{"ORV_CODENAME", "kelpo7"}}));
+    Agent agent(powerAgent(powerSection(), {{"ORV_CODENAME", "kelpo7"}}));
     std::vector<std::string> columns;
     for (int column = 1; column <= 6; ++column)
         columns.push_back(oidJoin(kPolicyTable, {1, column}));
@@ -248,7 +238,7 @@ TEST(PowerPolicyTable, AnSnmptableStyleGetBulkAcrossItReadsNoFreedRow)
 
 TEST(PowerPolicyTable, IsReadOnly)
 {
-    Agent agent(agentFor(powerSection()));
+    Agent agent(powerAgent(powerSection()));
     Response reply = agent.client("private").set({SetValue::ofInteger(policyCell(6, 0), 0)});
     EXPECT_EQ(reply.errorStatus, SNMP_ERR_NOTWRITABLE) << reply;
 }
@@ -257,7 +247,7 @@ TEST(PowerPolicyTable, IsReadOnly)
 
 TEST(RestoreSettings, ServeThePlatformsValuesAndPrintTheMode)
 {
-    Agent agent(agentFor(powerSection()));
+    Agent agent(powerAgent(powerSection()));
     EXPECT_EQ(integerAt(agent, kRestorePolicy), 2);
     EXPECT_EQ(integerAt(agent, kRestoreDelay), 1);
     EXPECT_EQ(agent.countInStdout("powerPolicyInformation_handler reqinfo->mode = 160\n"), 2u) << agent.stdoutText();
@@ -267,7 +257,7 @@ TEST(RestoreSettings, APolicyOfThreeIsBadValue)
 {
     nlohmann::json power = powerSection();
     power["restorePolicy"]["value"] = 3;
-    Agent agent(agentFor(power));
+    Agent agent(powerAgent(power));
     Response reply = agent.client().get({kRestorePolicy});
     EXPECT_EQ(reply.errorStatus, SNMP_ERR_BADVALUE) << reply;
     EXPECT_EQ(integerAt(agent, kRestoreDelay), 1);
@@ -294,7 +284,7 @@ TEST(RestoreSettings, AFailedReadIsGenErrAndTraced)
 {
     nlohmann::json power = powerSection();
     power["restorePolicy"]["completionCode"] = 0xc1;
-    Agent agent(agentFor(power, {}, "powerPolicyInformation"));
+    Agent agent(powerAgent(power, {}, "powerPolicyInformation"));
     EXPECT_EQ(agent.client().get({kRestorePolicy}).errorStatus, SNMP_ERR_GENERR);
     EXPECT_TRUE(agent.waitForStdout("powerPolicyInformation: powerPolicyInformation_update_powerRestorePolicy["))
         << agent.stdoutText();
@@ -311,13 +301,13 @@ TEST(RestoreSettings, ABladeFamilySettingKeepsTheValueWithoutAnError)
 {
     nlohmann::json power = powerSection();
     power["bladeFamily"] = 1;
-    Agent agent(agentFor(power));
+    Agent agent(powerAgent(power));
     EXPECT_EQ(integerAt(agent, kRestorePolicy), 0);
 }
 
 TEST(RestoreSettings, RegistrationIsTraced)
 {
-    Agent agent(agentFor(powerSection(), {}, "powerPolicyInformation"));
+    Agent agent(powerAgent(powerSection(), {}, "powerPolicyInformation"));
     EXPECT_EQ(agent.countInStdout("powerPolicyInformation: Registering powerPolicyInformation variables\n"), 1u);
     EXPECT_EQ(agent.countInStdout("powerPolicyInformation: Registering powerRestorePolicy[ASN_INTEGER] OK\n"), 1u);
     EXPECT_EQ(agent.countInStdout("powerPolicyInformation: Registering powerRestoreDelay[ASN_INTEGER] OK\n"), 1u);

@@ -31,4 +31,5 @@ extern "C" void init_snmp_module_monitors(void)
     init_powerPolicyTable();
     init_powerPolicyInformation();
     init_powerTrendingSampleTable();
+    init_fuelGaugeInformation();
 }

@@ -30,5 +30,6 @@ int init_diskTable(void);
 int init_powerPolicyTable(void);
 int init_powerPolicyInformation(void);
 int init_powerTrendingSampleTable(void);
+int init_fuelGaugeInformation(void);
 
 } // extern "C"

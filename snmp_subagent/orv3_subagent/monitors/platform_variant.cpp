@@ -9,19 +9,24 @@
 
 namespace orv3 {
 
-bool familyWithoutPower(const char *routine, const char *token, std::source_location where)
+bool isFamilyWithoutPower()
 {
     const char *family = getenv("ORV_FAMILY");
     if (!family)
         return false;
-    for (const char *unsupported : {"sorvinel", "tamberlow", "plintaber"}) {
-        if (strcmp(family, unsupported) == 0) {
-            ORV3_TRACE_AT(routine, where, token,
-                          "%s: sorvinel or tamberlow or plintaber server not be currently supported.\n", routine);
+    for (const char *unsupported : {"sorvinel", "tamberlow", "plintaber"})
+        if (strcmp(family, unsupported) == 0)
             return true;
-        }
-    }
     return false;
+}
+
+bool familyWithoutPower(const char *routine, const char *token, std::source_location where)
+{
+    if (!isFamilyWithoutPower())
+        return false;
+    ORV3_TRACE_AT(routine, where, token, "%s: sorvinel or tamberlow or plintaber server not be currently supported.\n",
+                  routine);
+    return true;
 }
 
 bool platformFlagSet(unsigned long mask)

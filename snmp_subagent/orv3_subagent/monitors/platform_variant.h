@@ -7,7 +7,10 @@
 namespace orv3 {
 
 // True on the blade and dense chassis families ("sorvinel", "tamberlow",
-// "plintaber", exactly), which have no power objects; `routine` then traces
+// "plintaber", exactly), which have no power-supply or budget objects.
+bool isFamilyWithoutPower();
+
+// isFamilyWithoutPower(), told in the trace: `routine` then traces
 // "<routine>: sorvinel or tamberlow or plintaber server not be currently
 // supported." under `token`.
 bool familyWithoutPower(const char *routine, const char *token,

@@ -19,15 +19,23 @@ constexpr char kToken[] = "powerPolicyTable";
 
 namespace orv3 {
 
-PolicySetting readPolicySetting(const char *routine, const char *token, power_policy_setting_t &setting,
-                                std::source_location where)
+bool readPolicySettingRecord(const char *routine, const char *token, power_policy_setting_t &setting,
+                             std::source_location where)
 {
     memset(&setting, 0, sizeof setting);
     if (int32_t rc = pwrmgt_get_power_policy_setting(&setting); rc != 0) {
         ORV3_TRACE_AT(routine, where, token, "%s: Failed to call pwrmgt_get_power_policy_setting(), rc:%d.\n", routine,
                       rc);
-        return PolicySetting::Failed;
+        return false;
     }
+    return true;
+}
+
+PolicySetting readPolicySetting(const char *routine, const char *token, power_policy_setting_t &setting,
+                                std::source_location where)
+{
+    if (!readPolicySettingRecord(routine, token, setting, where))
+        return PolicySetting::Failed;
     if (setting.blade_family != 0) {
         ORV3_TRACE_AT(routine, where, token, "%s: SORVINEL server not be currently supported.\n", routine);
         return PolicySetting::BladeFamily;

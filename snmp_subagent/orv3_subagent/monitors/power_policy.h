@@ -45,6 +45,11 @@ ORV3_ROW_TABLE_DECLARATIONS(powerPolicyTable, powerPolicyTable_entry_t)
 
 namespace orv3 {
 
+// Zeroes `setting` and reads the power library's policy setting into it;
+// false, traced by `routine` under `token`, when the read fails.
+bool readPolicySettingRecord(const char *routine, const char *token, power_policy_setting_t &setting,
+                             std::source_location where = std::source_location::current());
+
 // Whether power policies are offered, from the power library's policy
 // setting: a failed read and a blade-family setting are traced by `routine`
 // under `token`. `setting` holds the record read.

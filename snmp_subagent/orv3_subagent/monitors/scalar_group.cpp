@@ -19,20 +19,38 @@ size_t oidLengthOf(const scalar_decl_ex_t &decl)
 }
 
 template <class Decl>
+void registerDecl(const char *routine, const char *group, const Decl &decl, InstanceKind kind, const char *typeLabel,
+                  Netsnmp_Node_Handler *handler, std::source_location where)
+{
+    // The registration takes its own copy of the OID, so the const arcs are
+    // never written through.
+    oid *arcs = const_cast<oid *>(decl.oid);
+    auto *cell = static_cast<long *>(decl.value);
+    int result = MIB_REGISTRATION_FAILED;
+    switch (kind) {
+    case InstanceKind::ReadOnlyUlong:
+        result = netsnmp_register_read_only_ulong_instance(group, arcs, oidLengthOf(decl),
+                                                           static_cast<u_long *>(decl.value), handler);
+        break;
+    case InstanceKind::ReadOnlyLong:
+        result = netsnmp_register_read_only_long_instance(group, arcs, oidLengthOf(decl), cell, handler);
+        break;
+    case InstanceKind::WritableLong:
+        result = netsnmp_register_long_instance(group, arcs, oidLengthOf(decl), cell, handler);
+        break;
+    }
+    ORV3_TRACE_AT(routine, where, group, "Registering %s[%s] %s\n", decl.name, typeLabel,
+                  result == MIB_REGISTERED_OK ? "OK" : "failed");
+}
+
+template <class Decl>
 void registerDecls(const char *routine, const char *group, const Decl *decls, InstanceKind kind, const char *typeLabel,
                    Netsnmp_Node_Handler *handler, RegistrationHeader header, std::source_location where)
 {
     if (header == RegistrationHeader::Traced)
         ORV3_TRACE_AT(routine, where, group, "Registering %s variables\n", group);
-    for (const Decl *decl = decls; decl && decl->name; ++decl) {
-        int result = kind == InstanceKind::ReadOnlyUlong
-                         ? netsnmp_register_read_only_ulong_instance(group, decl->oid, oidLengthOf(*decl),
-                                                                     static_cast<u_long *>(decl->value), handler)
-                         : netsnmp_register_read_only_long_instance(group, decl->oid, oidLengthOf(*decl),
-                                                                    static_cast<long *>(decl->value), handler);
-        ORV3_TRACE_AT(routine, where, group, "Registering %s[%s] %s\n", decl->name, typeLabel,
-                      result == MIB_REGISTERED_OK ? "OK" : "failed");
-    }
+    for (const Decl *decl = decls; decl && decl->name; ++decl)
+        registerDecl(routine, group, *decl, kind, typeLabel, handler, where);
 }
 
 template <class Decl> const Decl *findByScalarArc(const Decl *decls, const netsnmp_variable_list *vb)
@@ -117,6 +135,12 @@ void registerScalarGroup(const char *routine, const char *group, const scalar_de
                          std::source_location where)
 {
     registerDecls(routine, group, decls, kind, typeLabel, handler, header, where);
+}
+
+void registerScalar(const char *routine, const char *group, const scalar_decl_ex_t &decl, InstanceKind kind,
+                    const char *typeLabel, Netsnmp_Node_Handler *handler, std::source_location where)
+{
+    registerDecl(routine, group, decl, kind, typeLabel, handler, where);
 }
 
 int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,

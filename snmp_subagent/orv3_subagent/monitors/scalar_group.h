@@ -65,7 +65,10 @@ void storeInt32(void *cell, size_t *size, int32_t value);
 // failed (a negative result).
 int storeRowCount(void *cell, size_t *size, int32_t (*rowCount)());
 
-enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong };
+// How a scalar is registered. A writable long instance lets the agent's
+// instance helper check a SET's type and store its value in the cell; the
+// group handler then runs the record's validate and commit routines.
+enum class InstanceKind { ReadOnlyUlong, ReadOnlyLong, WritableLong };
 
 // Whether registration traces "Registering <group> variables" itself, or
 // the group already did (before a platform test of its own).
@@ -83,6 +86,13 @@ void registerScalarGroup(const char *routine, const char *group, const scalar_de
                          const char *typeLabel, Netsnmp_Node_Handler *handler,
                          RegistrationHeader header = RegistrationHeader::Traced,
                          std::source_location where = std::source_location::current());
+
+// Registers one ten-field record and traces "Registering <name>[<typeLabel>]
+// OK" or "... failed" under `group`, for groups that choose which of their
+// records exist.
+void registerScalar(const char *routine, const char *group, const scalar_decl_ex_t &decl, InstanceKind kind,
+                    const char *typeLabel, Netsnmp_Node_Handler *handler,
+                    std::source_location where = std::source_location::current());
 
 // What a GET does with an update routine's nonzero status: most groups
 // return it from the handler; some also set it as the request's error.
