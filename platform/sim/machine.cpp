@@ -1,4 +1,5 @@
 #include "machine.h"
+#include "machine_checks.h"
 
 #include <sys/stat.h>
 
@@ -21,42 +22,6 @@ MachineFileError::MachineFileError(const std::string &file, int line, const std:
 }
 
 namespace {
-
-// Where each value of a description starts, by JSON pointer, so that a
-// value of the wrong kind can be reported with its line.
-class LineMap {
-public:
-    void record(const std::string &pointer, int line) { lines_.emplace(pointer, line); }
-    int lineOf(std::string pointer) const
-    {
-        for (;;) {
-            auto found = lines_.find(pointer);
-            if (found != lines_.end())
-                return found->second;
-            auto slash = pointer.rfind('/');
-            if (slash == std::string::npos)
-                return 0;
-            pointer.resize(slash);
-        }
-    }
-
-private:
-    std::map<std::string, int> lines_;
-};
-
-std::string escapeToken(const std::string &token)
-{
-    std::string escaped;
-    for (char c : token) {
-        if (c == '~')
-            escaped += "~0";
-        else if (c == '/')
-            escaped += "~1";
-        else
-            escaped += c;
-    }
-    return escaped;
-}
 
 // Reads characters for the parser and counts the lines it has passed.
 class LineCountingIterator {
@@ -141,48 +106,6 @@ json parseWithLines(const std::string &text, const std::string &file, LineMap &l
         throw MachineFileError(file, errorLine, colon != std::string::npos ? reason.substr(colon) : reason);
     }
 }
-
-bool fitsInt32(const json &value)
-{
-    if (value.is_number_unsigned())
-        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
-    if (!value.is_number_integer())
-        return false;
-    auto wide = value.get<int64_t>();
-    return wide >= INT32_MIN && wide <= INT32_MAX;
-}
-
-class Checker {
-public:
-    Checker(const std::string &file, const LineMap &lines) : file_(file), lines_(lines) {}
-
-    [[noreturn]] void fail(const std::string &pointer, const std::string &reason) const
-    {
-        failAt(pointer, pointer, reason);
-    }
-    // Names `pointer` in the reason but reports the line of `linePointer`
-    // (a field inside it), for values whose fields are told by name.
-    [[noreturn]] void failAt(const std::string &linePointer, const std::string &pointer,
-                             const std::string &reason) const
-    {
-        throw MachineFileError(file_, lines_.lineOf(linePointer), (pointer.empty() ? "" : pointer + ": ") + reason);
-    }
-    void expect(bool ok, const std::string &pointer, const std::string &reason) const
-    {
-        if (!ok)
-            fail(pointer, reason);
-    }
-    int32_t int32(const json &value, const std::string &pointer) const
-    {
-        expect(value.is_number_integer(), pointer, "must be an integer");
-        expect(fitsInt32(value), pointer, "does not fit in 32 bits");
-        return static_cast<int32_t>(value.get<int64_t>());
-    }
-
-private:
-    const std::string &file_;
-    const LineMap &lines_;
-};
 
 // A single variable with constraints on what may be written to it:
 // {"value": 0, "accepted": [0, 1, 2]} or {"value": 10, "min": 0, "max": 100}.
@@ -382,31 +305,6 @@ ChangeRecord readChangeRecord(const json &entry, const std::string &pointer, con
     return change;
 }
 
-// An unsigned integer of a record field `max` wide (255, 65535 or
-// 4294967295).
-uint64_t unsignedUpTo(const json &value, const std::string &pointer, uint64_t max, const Checker &check)
-{
-    check.expect(value.is_number_integer(), pointer, "must be an integer");
-    check.expect(value.is_number_unsigned() && value.get<uint64_t>() <= max, pointer,
-                 "must be between 0 and " + std::to_string(max));
-    return value.get<uint64_t>();
-}
-
-uint8_t byteField(const json &value, const std::string &pointer, const Checker &check)
-{
-    return static_cast<uint8_t>(unsignedUpTo(value, pointer, UINT8_MAX, check));
-}
-
-uint16_t halfwordField(const json &value, const std::string &pointer, const Checker &check)
-{
-    return static_cast<uint16_t>(unsignedUpTo(value, pointer, UINT16_MAX, check));
-}
-
-uint32_t wordField(const json &value, const std::string &pointer, const Checker &check)
-{
-    return static_cast<uint32_t>(unsignedUpTo(value, pointer, UINT32_MAX, check));
-}
-
 // A mode code as a key of "modes": plain decimal digits without leading
 // zeros, within 32 bits, so that one mode has one spelling.
 uint32_t modeCode(const std::string &key, const std::string &pointer, const Checker &check)
@@ -564,21 +462,6 @@ PowerManagement readPower(const json &section, const std::string &pointer, const
     return power;
 }
 
-// "06 01 2a": bytes as hexadecimal numbers of one or two digits, separated by blanks.
-std::vector<uint8_t> hexBytes(const json &value, const std::string &pointer, const Checker &check)
-{
-    check.expect(value.is_string(), pointer, "must be a text of hexadecimal bytes separated by blanks (\"06 01\")");
-    std::vector<uint8_t> bytes;
-    std::istringstream words(value.get<std::string>());
-    std::string word;
-    while (words >> word) {
-        check.expect(word.size() <= 2 && word.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos, pointer,
-                     "\"" + word + "\" is not a hexadecimal byte (\"00\" to \"ff\")");
-        bytes.push_back(static_cast<uint8_t>(std::stoul(word, nullptr, 16)));
-    }
-    return bytes;
-}
-
 // {"request": "06 01", "response": "00 20 01 ..."}; "_what" and any other
 // name starting with "_" is a comment.
 IpmiExchange readIpmiExchange(const json &entry, const std::string &pointer, const Checker &check)
@@ -638,6 +521,10 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
                 machine->changeHistory.push_back(readChangeRecord(entry, pointer + "/" + std::to_string(i++), check));
         } else if (name == "power") {
             machine->power = readPower(value, pointer, check);
+        } else if (name == "features") {
+            machine->features = readFeatures(value, pointer, check);
+        } else if (name == "raid") {
+            machine->raid = readRaid(value, pointer, check);
         } else if (name == "ipmi") {
             check.expect(value.is_array(), pointer, "must be an array of IPMI exchanges");
             size_t i = 0;
@@ -652,7 +539,7 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
             // Names starting with "_" are free for comments.
             check.fail(pointer,
                        "unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
-                       "faults)");
+                       "features, raid, faults)");
         }
     }
     return machine;

@@ -124,6 +124,51 @@ struct IpmiExchange {
 // Every caller of the IPMI channel guarantees a response buffer of 16 bytes.
 constexpr size_t kIpmiResponseCapacity = 16;
 
+// The RAID link library's view of the storage. Each record image holds the
+// bytes of a library record before the identifier the caller stores in it,
+// packed from the description's fields. A list names identifiers in the
+// order the library lists them; a count, when given, is reported instead of
+// the list's length (the identifiers written stay those listed).
+using RecordImage = std::vector<uint8_t>;
+
+struct RaidController {
+    uint32_t id = 0;
+    RecordImage hardware;              // the hardware record's data
+    std::vector<RecordImage> firmware; // firmware components
+    std::vector<uint64_t> ports;       // port addresses
+    std::vector<uint32_t> pools;
+    std::vector<uint32_t> drives;
+    std::optional<uint32_t> firmwareCount, portCount, poolCount, driveCount;
+};
+
+struct RaidDrive {
+    uint32_t id = 0;
+    RecordImage hardware;
+    std::vector<RecordImage> firmware;
+    std::optional<uint32_t> firmwareCount;
+};
+
+struct RaidPool {
+    uint32_t id = 0;
+    RecordImage record;
+    std::vector<uint32_t> volumes;
+    std::vector<uint32_t> drives;
+    std::optional<uint32_t> volumeCount, driveCount;
+};
+
+struct RaidVolume {
+    uint32_t id = 0;
+    RecordImage record;
+};
+
+struct RaidInventory {
+    std::vector<RaidController> controllers; // in the controller list's order
+    std::vector<RaidDrive> drives;
+    std::vector<RaidPool> pools;
+    std::vector<RaidVolume> volumes;
+    std::optional<uint32_t> controllerCount;
+};
+
 struct Machine {
     std::string description;
     // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
@@ -133,6 +178,8 @@ struct Machine {
     std::vector<ChangeRecord> changeHistory; // change-history log, in log order
     PowerManagement power;                   // power-management library and restore settings
     std::vector<IpmiExchange> ipmi;          // the IPMI channel's known commands, first match answers
+    std::map<uint32_t, uint8_t> features;    // optional platform functions: flag by feature number
+    RaidInventory raid;                      // the RAID link library
     std::vector<Fault> faults;
 };
 

@@ -62,6 +62,18 @@ public:
         power_ = std::move(section);
         return *this;
     }
+    // The platform's optional functions by feature number ({"18": 1}: the RAID link library).
+    MachineBuilder &features(nlohmann::json section)
+    {
+        features_ = std::move(section);
+        return *this;
+    }
+    // The whole "raid" section: controllers, drives, pools and volumes.
+    MachineBuilder &raid(nlohmann::json section)
+    {
+        raid_ = std::move(section);
+        return *this;
+    }
     // An exchange the IPMI channel knows: request and response bytes in hex ("06 01").
     MachineBuilder &ipmiExchange(const std::string &request, const std::string &response)
     {
@@ -79,6 +91,10 @@ public:
         if (!power_.is_null())
             machine["power"] = power_;
         machine["ipmi"] = ipmi_;
+        if (!features_.is_null())
+            machine["features"] = features_;
+        if (!raid_.is_null())
+            machine["raid"] = raid_;
         machine["faults"] = faults_;
         return machine.dump(2);
     }
@@ -91,6 +107,8 @@ private:
     nlohmann::json changeHistory_ = nlohmann::json::array();
     nlohmann::json power_; // null: no "power" section
     nlohmann::json ipmi_ = nlohmann::json::array();
+    nlohmann::json features_; // null: no "features" section
+    nlohmann::json raid_;     // null: no "raid" section
 };
 
 // An agent serving a machine whose "power" section is `power`, on the

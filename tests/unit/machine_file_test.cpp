@@ -50,7 +50,7 @@ TEST(MachineFile, UnknownSectionIsRefused)
     EXPECT_EQ(
         machineFileError("{\n\"fans\": []\n}"),
         "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
-        "faults)");
+        "features, raid, faults)");
 }
 
 TEST(MachineFile, FaultNeedsACall)
