@@ -32,4 +32,5 @@ extern "C" void init_snmp_module_monitors(void)
     init_powerPolicyInformation();
     init_powerTrendingSampleTable();
     init_fuelGaugeInformation();
+    init_localStorage();
 }

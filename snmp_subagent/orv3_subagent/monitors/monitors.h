@@ -31,5 +31,6 @@ int init_powerPolicyTable(void);
 int init_powerPolicyInformation(void);
 int init_powerTrendingSampleTable(void);
 int init_fuelGaugeInformation(void);
+int init_localStorage(void);
 
 } // extern "C"

@@ -1,0 +1,109 @@
+// The local-storage group (.13.1): RAIDOOBCapable, whether the controller
+// sees the RAID subsystem out of band, and the registration of the six RAID
+// tables from one array, on every platform.
+#include "raid.h"
+#include "trace.h"
+
+#include "orv3/feature_query.h"
+#include "orv3/trace_log.h"
+
+namespace {
+
+constexpr char kToken[] = "localStorage";
+
+const oid raidControllerTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 2};
+const oid raidDriveTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 3};
+const oid raidControllerFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 4};
+const oid raidDriveFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 5};
+const oid raidStoragepoolTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 6};
+const oid raidVolumeTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 7};
+
+// The registered cell; GETs are answered from the update's own value.
+long RAIDOOBCapable_value = 0;
+
+} // namespace
+
+#define ORV3_LOCAL_STORAGE_TABLE(T, maxColumn)                                                                         \
+    {                                                                                                                  \
+        T##_oid, OID_LENGTH(T##_oid), #T, 1, maxColumn, T##_handler, T##_get_first_data_point, T##_get_next_data_point \
+    }
+
+extern "C" {
+
+const oid RAIDOOBCapable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 1, 0};
+size_t OOBCapableOidLen = OID_LENGTH(RAIDOOBCapable_oid);
+
+local_storage_table_t init_set[] = {
+    ORV3_LOCAL_STORAGE_TABLE(raidControllerTable, 38),
+    ORV3_LOCAL_STORAGE_TABLE(raidDriveTable, 27),
+    ORV3_LOCAL_STORAGE_TABLE(raidControllerFirmwareTable, 7),
+    ORV3_LOCAL_STORAGE_TABLE(raidDriveFirmwareTable, 7),
+    ORV3_LOCAL_STORAGE_TABLE(raidStoragepoolTable, 7),
+    ORV3_LOCAL_STORAGE_TABLE(raidVolumeTable, 7),
+    {},
+};
+
+// 1 when the platform offers the RAID link function. A failed query and a
+// platform without it answer 0 and say so in the controller's trace log.
+int localStorage_update_RAIDOOBCapable(int32_t *value, size_t *size)
+{
+    uint8_t supported = 0;
+    int32_t capable = 0;
+    if (agentless_get_supported_status(&supported, AGENTLESS_FEATURE_RAID_LINK) != 0)
+        log_tlog(1, "%s[%d] agentless_get_supported_status return is not ok!\r\n", __func__, 14);
+    else if (supported == 0)
+        log_tlog(1, "%s[%d] The platform does not support the raid link function.\r\n", __func__, 19);
+    else
+        capable = 1;
+    if (value)
+        *value = capable;
+    if (size)
+        *size = sizeof(int32_t);
+    return 0;
+}
+
+int RAIDOOBCapable_handler(netsnmp_mib_handler *, netsnmp_handler_registration *, netsnmp_agent_request_info *reqinfo,
+                           netsnmp_request_info *requests)
+{
+    for (netsnmp_request_info *request = requests; request; request = request->next) {
+        const netsnmp_variable_list *vb = request->requestvb;
+        if (request->status != SNMP_ERR_NOERROR ||
+            snmp_oid_compare(vb->name, vb->name_length, RAIDOOBCapable_oid, OOBCapableOidLen) != 0)
+            continue;
+        if (reqinfo->mode != MODE_GET)
+            continue;
+        int32_t value = 0;
+        size_t size = 0;
+        localStorage_update_RAIDOOBCapable(&value, &size);
+        snmp_set_var_typed_value(request->requestvb, ASN_INTEGER, &value, sizeof value);
+    }
+    return SNMP_ERR_NOERROR;
+}
+
+int initialize_integer_localStorage(void)
+{
+    int result =
+        netsnmp_register_read_only_long_instance("RAIDOOBCapable", const_cast<oid *>(RAIDOOBCapable_oid),
+                                                 OOBCapableOidLen, &RAIDOOBCapable_value, RAIDOOBCapable_handler);
+    ORV3_TRACE(kToken, "Registering RAIDOOBCapable[ASN_INTEGER] %s\n", result == MIB_REGISTERED_OK ? "OK" : "failed");
+    return 0;
+}
+
+int initialize_tables_localStorage(void)
+{
+    for (const local_storage_table_t *table = init_set; table->table_oid; ++table) {
+        ORV3_TRACE("localStorage:init", "initializing tables\n");
+        const orv3::TableInfo info = {table->name, table->table_oid, table->oid_len, table->max_column, {}, {}};
+        orv3::registerTable(info, table->handler, table->get_first_data_point, table->get_next_data_point);
+    }
+    return 0;
+}
+
+int init_localStorage(void)
+{
+    initialize_integer_localStorage();
+    initialize_tables_localStorage();
+    return 0;
+}
+
+} // extern "C"

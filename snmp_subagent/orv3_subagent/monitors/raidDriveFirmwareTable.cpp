@@ -1,0 +1,73 @@
+// raidDriveFirmwareTable (.13.1.5): one row per firmware component of every
+// drive of every RAID controller, numbered across drives.
+#include "raid.h"
+#include "raid_rows.h"
+
+#include <cstring>
+
+orv3_row_head_t *raidDriveFirmwareTable_head = nullptr;
+
+namespace {
+
+using Row = raidFirmwareTable_entry_t;
+
+orv3::RowList raidDriveFirmwareTable_rows(raidDriveFirmwareTable_head);
+int32_t raidDriveFirmwareTable_stamp = 0;
+
+const orv3::Column kColumns[] = {
+    ORV3_INTEGER_COLUMN(1, Row, head.index), ORV3_TEXT_FIELD_COLUMN(2, Row, name),
+    ORV3_TEXT_FIELD_COLUMN(3, Row, label),   ORV3_TEXT_FIELD_COLUMN(4, Row, text131),
+    ORV3_TEXT_FIELD_COLUMN(5, Row, text98),  ORV3_TEXT_FIELD_COLUMN(6, Row, text0),
+    ORV3_TEXT_FIELD_COLUMN(7, Row, text260),
+};
+
+const orv3::RaidTable raidDriveFirmwareTable_table = {"raidDriveFirmwareTable", kColumns, nullptr};
+
+} // namespace
+
+extern "C" {
+
+int arrangeDiskFirmwareDataAndCreateArow(const raid_link_fw_info_t *fw, int32_t *index, uint32_t diskId)
+{
+    if (!fw || !index)
+        return 1;
+    char label[256];
+    fetchDiskProdSlot(diskId, label, sizeof label);
+    orv3::arrangeFirmwareRows(*fw, *index, label, raidDriveFirmwareTable_createEntry);
+    return 0;
+}
+
+int raidDriveFirmwareTable_loadData(void)
+{
+    clearAllraidDriveFirmwareTableRows(reinterpret_cast<Row *>(raidDriveFirmwareTable_rows.head()));
+    raid_link_ctrl_list_t list;
+    if (!orv3::readControllerList(list, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__))
+        return 1;
+    int32_t index = 1;
+    raid_link_ctrl_disk_list_t drives;
+    raid_link_fw_info_t fw;
+    for (size_t c = 0; c < orv3::listed(list.count, RAID_LINK_MAX_CTRLS); ++c) {
+        memset(&drives, 0, sizeof drives);
+        memcpy(&drives.ctrl_id, &list.ctrl_ids[c], sizeof drives.ctrl_id);
+        if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS || drives.count == 0) {
+            orv3::logFailedOrEmpty(__func__, __LINE__, "raidlink_get_ctrl_disk_list", "disk_list_info.count = 0");
+            continue;
+        }
+        for (size_t d = 0; d < orv3::listed(drives.count, RAID_LINK_MAX_CTRL_DISKS); ++d) {
+            uint32_t id;
+            memcpy(&id, &drives.disk_ids[d], sizeof id);
+            memset(&fw, 0, sizeof fw);
+            fw.id = id;
+            if (raidlink_get_disk_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS || fw.count == 0) {
+                orv3::logFailedOrEmpty(__func__, __LINE__, "raidlink_get_disk_fw_info", "disk_fw_info.count = 0");
+                continue;
+            }
+            arrangeDiskFirmwareDataAndCreateArow(&fw, &index, id);
+        }
+    }
+    return 0;
+}
+
+} // extern "C"
+
+ORV3_RAID_TABLE_ROUTINES(raidDriveFirmwareTable, raidFirmwareTable_entry_t, clearAllraidDriveFirmwareTableRows)

@@ -1,0 +1,85 @@
+// What the RAID table loaders share: filling text columns from the RAID
+// link library's fields, building the list columns, and walking the
+// library's lists no further than their records hold.
+#pragma once
+
+#include "raid.h"
+#include "row_table.h"
+
+#include "orv3/raid_link.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace orv3 {
+
+// The blank-stripped copy of a library text field, with its length.
+void trimCopyStrInto(char *text, size_t capacity, const char *field, size_t fieldSize, uint32_t &length);
+template <size_t N> void stripInto(orv3_text256_t &column, const char (&field)[N])
+{
+    trimCopyStrInto(column.text, sizeof column.text, field, N, column.len);
+}
+
+// The text of `code` from one of the code-to-text tables, with its length.
+void codeTextInto(orv3_text256_t &column, int (*text)(int32_t code, char *buffer, int32_t size), int32_t code);
+
+// snprintf into the column, cut to 255 characters, with its length.
+__attribute__((format(printf, 2, 3))) void formatInto(orv3_text256_t &column, const char *format, ...);
+
+// A list column: pieces appended one after another while they fit, the
+// text always terminated within the buffer.
+class ListText {
+public:
+    ListText(char *buffer, size_t capacity, uint32_t &length);
+    // Appends `piece`, at most `bound - 1` characters of it (snprintf's cut).
+    void append(const char *piece, size_t bound = SIZE_MAX);
+    __attribute__((format(printf, 3, 4))) void appendFormatted(size_t bound, const char *format, ...);
+
+private:
+    char *buffer_;
+    size_t capacity_;
+    uint32_t &length_;
+};
+
+// The labels of `count` identifiers, each followed by "," but the last.
+void joinLabels(ListText &labels, const uint32_t *ids, size_t count, void (*label)(uint32_t, char *, int32_t));
+template <size_t Capacity>
+void joinLabels(char (&buffer)[Capacity], uint32_t &length, const uint32_t *ids, size_t count,
+                void (*label)(uint32_t, char *, int32_t))
+{
+    ListText labels(buffer, Capacity, length);
+    joinLabels(labels, ids, count, label);
+}
+
+// One firmware-table row per component of `fw` (as many as the record
+// holds), numbered from `index` on, each with the `label` of its owner.
+void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
+                         raidFirmwareTable_entry_t *(*create)(const raidFirmwareTable_entry_t *arranged));
+
+// A list's count as far as its record holds entries.
+inline size_t listed(uint32_t count, size_t capacity)
+{
+    return std::min<size_t>(count, capacity);
+}
+
+// The controller list, or false when it cannot be read or is empty; how
+// each loader words that in the platform log.
+enum class ListFailureText {
+    Separate,          // "... RAIDLINK_STATUS_FAIL\r\n" and "... the raid_ctrl_list.count = 0\r\n"
+    SeparateWithBlank, // the same with a blank before the line end of the first
+    Combined,          // "... RAIDLINK_STATUS_FAIL or ctrl_list_info.count = 0\r\n" for both
+};
+bool readControllerList(raid_link_ctrl_list_t &list, ListFailureText text, const char *routine, int line);
+
+// Logs "<routine>[<line>] Failed: <call> return RAIDLINK_STATUS_FAIL\r\n";
+// the drive table's loader words it with a blank before the line end.
+enum class LineEnd { Plain, AfterBlank };
+void logFailedCall(const char *routine, int line, const char *call, LineEnd end = LineEnd::Plain);
+// Logs "<routine>[<line>] Failed: <call> return RAIDLINK_STATUS_FAIL or <what>\r\n".
+void logFailedOrEmpty(const char *routine, int line, const char *call, const char *what);
+
+// Binary gigabytes of a byte count, as the tables print them.
+constexpr double kBytesToGigabytes = 9.313225746154785e-10;
+
+} // namespace orv3
