@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace orv3::test {
 namespace {
 
@@ -203,6 +205,24 @@ TEST(RaidControllerTable, ServesAControllerWithItsListsAndLabels)
     EXPECT_EQ(textAt(agent, cell(kControllers, 36, 1)), "500605B00A1B2C3D");
     EXPECT_EQ(textAt(agent, cell(kControllers, 37, 1)), "Storage Pool 0");
     EXPECT_EQ(textAt(agent, cell(kControllers, 38, 1)), "Drive 0 ,Drive 1 ");
+}
+
+// A name whose only non-blank character is its first comes out empty, so
+// "A " and " B" read ",B"; longer names are kept whole.
+TEST(RaidControllerTable, FirmwareNamesAreStrippedAndJoinedByABareComma)
+{
+    nlohmann::json raid = smallRaid();
+    raid["controllers"][0]["firmware"] = nlohmann::json::array();
+    raid["controllers"][0]["firmware"].push_back(firmware("A "));
+    raid["controllers"][0]["firmware"].push_back(firmware(" B"));
+    Agent agent(raidAgent(raidMachine(raid)));
+    EXPECT_EQ(textAt(agent, cell(kControllers, 35, 1)), ",B");
+
+    raid["controllers"][0]["firmware"][0] = firmware("AB ");
+    raid["controllers"][0]["firmware"][1] = firmware(" A");
+    agent.replaceMachine(raidMachine(raid).json());
+    agent.setClock(kStartTime + 6);
+    EXPECT_EQ(textAt(agent, cell(kControllers, 35, 1)), "AB,A");
 }
 
 TEST(RaidControllerTable, AControllerWhosePortQueryFailsIsSkippedWithoutAGap)
@@ -452,6 +472,92 @@ TEST(RaidVolumeTable, AVolumeWithABlankNameIsLabelledByItsNumber)
 }
 
 // ---- every table ---------------------------------------------------------------------
+
+// The most the library's lists hold: 52 controllers, 384 drives on one of them.
+TEST(RaidTables, FullListsWalkCompletely)
+{
+    nlohmann::json raid;
+    raid["controllers"] = nlohmann::json::array();
+    raid["drives"] = nlohmann::json::array();
+    std::vector<uint32_t> drives;
+    for (uint32_t d = 0; d < 384; ++d) {
+        drives.push_back(20000 + d);
+        raid["drives"].push_back(drive(20000 + d, static_cast<int>(d)));
+    }
+    raid["controllers"].push_back(controller(10000, 1, {}, drives));
+    for (uint32_t c = 1; c < 52; ++c)
+        raid["controllers"].push_back(controller(10000 + c, static_cast<int>(c % 8), {}, {}));
+    Agent agent(raidAgent(raidMachine(raid)));
+    EXPECT_EQ(agent.client().walk(oidJoin(kLocalStorage, {kControllers, 1, 1})).size(), 52u);
+    EXPECT_EQ(agent.client().walk(oidJoin(kLocalStorage, {kDrives, 1, 1})).size(), 384u);
+    EXPECT_EQ(agent.client().walk(oidJoin(kLocalStorage, {kDriveFirmware, 1, 2})).size(), 384u);
+    const std::string labels = textAt(agent, cell(kControllers, 38, 1));
+    EXPECT_EQ(labels.substr(0, 18), "Drive 0 ,Drive 1 ,");
+    EXPECT_EQ(labels.substr(labels.size() - 11), ",Drive 383 ");
+    EXPECT_TRUE(agent.sanitizerFindings().empty()) << agent.sanitizerFindings();
+}
+
+// Counts the library reports beyond what its records hold are bounded to
+// the records, never trusted.
+TEST(RaidTables, CountsBeyondTheRecordsAreBoundedToThem)
+{
+    nlohmann::json raid = smallRaid();
+    raid["counts"] = {{"controllers", 60}};
+    raid["controllers"][0]["counts"] = {{"firmware", 20}, {"ports", 40}, {"pools", 300}, {"drives", 500}};
+    raid["drives"][0]["counts"] = {{"firmware", 255}};
+    raid["pools"][0]["counts"] = {{"volumes", 200}, {"drives", 300}};
+    Agent agent(raidAgent(raidMachine(raid)));
+    // The controller list's 51 unused slots hold identifier 0, which the library does not know.
+    EXPECT_EQ(indexes(agent, kControllers), (std::vector<long>{1}));
+    EXPECT_EQ(indexes(agent, kControllerFirmware).size(), 8u) << "a firmware record holds 8 components";
+    EXPECT_EQ(indexes(agent, kDriveFirmware).size(), 8u + 1u);
+    const std::string ports = textAt(agent, cell(kControllers, 36, 1));
+    EXPECT_EQ(ports.substr(0, 18), "500605B00A1B2C3D, ");
+    EXPECT_EQ(std::count(ports.begin(), ports.end(), ','), 15) << "16 ports at most";
+    EXPECT_EQ(indexes(agent, kDrives), (std::vector<long>{1, 2}));
+    EXPECT_EQ(indexes(agent, kPools), (std::vector<long>{1}));
+    EXPECT_EQ(indexes(agent, kVolumes), (std::vector<long>{1}));
+    const std::string poolLabels = textAt(agent, cell(kControllers, 37, 1));
+    EXPECT_EQ(std::count(poolLabels.begin(), poolLabels.end(), ','), 255) << "256 pools at most";
+    const std::string volumeLabels = textAt(agent, cell(kPools, 6, 1));
+    EXPECT_EQ(std::count(volumeLabels.begin(), volumeLabels.end(), ','), 127) << "128 volumes at most";
+    const std::string poolDrives = textAt(agent, cell(kPools, 7, 1));
+    EXPECT_EQ(std::count(poolDrives.begin(), poolDrives.end(), ','), 255) << "256 drives at most";
+    EXPECT_TRUE(agent.sanitizerFindings().empty()) << agent.sanitizerFindings();
+}
+
+// Texts that fill their field without a terminator, and a raw record.
+TEST(RaidTables, UnterminatedTextsAreReadNoFurtherThanTheirField)
+{
+    nlohmann::json raid = smallRaid();
+    raid["controllers"][0]["productName"] = std::string(200, 'P');
+    raid["controllers"][0]["text0"] = std::string(33, 'S');
+    raid["drives"][0]["text33"] = std::string(129, 'M');
+    raid["volumes"][0]["name"] = std::string(40, 'v');
+    Agent agent(raidAgent(raidMachine(raid)));
+    EXPECT_EQ(textAt(agent, cell(kControllers, 3, 1)), std::string(129, 'P'));
+    EXPECT_EQ(textAt(agent, cell(kControllers, 7, 1)), std::string(33, 'S'));
+    EXPECT_EQ(textAt(agent, cell(kControllers, 2, 1)), " (PCI Slot 3)") << "a name longer than 64 is dropped whole";
+    EXPECT_EQ(textAt(agent, cell(kDrives, 3, 1)), std::string(129, 'M'));
+    EXPECT_EQ(textAt(agent, cell(kVolumes, 2, 1)), std::string(33, 'v'));
+    EXPECT_TRUE(agent.sanitizerFindings().empty()) << agent.sanitizerFindings();
+}
+
+TEST(RaidTables, ARawRecordIsServedAsTheLibraryGivesIt)
+{
+    nlohmann::json raid = smallRaid();
+    // Pool number 0x01020304 and RAID level bytes 6, 0, 2 (RAID 60), sizes zero.
+    raid["pools"][0] = pool(3001, 0, {4001}, {2001});
+    raid["pools"][0].erase("number");
+    raid["pools"][0].erase("raidLevel");
+    raid["pools"][0].erase("totalSize");
+    raid["pools"][0].erase("freeSize");
+    raid["pools"][0]["raw"] = "04 03 02 01 00 00 06 00 02";
+    Agent agent(raidAgent(raidMachine(raid)));
+    EXPECT_EQ(textAt(agent, cell(kPools, 2, 1)), "Storage Pool 16909060");
+    EXPECT_EQ(textAt(agent, cell(kPools, 4, 1)), "RAID 60");
+    EXPECT_EQ(textAt(agent, cell(kPools, 5, 1)), "0.000 GB (0.000 GB free)");
+}
 
 TEST(RaidTables, AreEmptyWithoutTheRaidLinkFunction)
 {
