@@ -295,6 +295,34 @@ TEST(RaidControllerTable, LosingTheRaidLinkFunctionFreesTheRows)
     EXPECT_NE(log.find("] raidControllerTable_head has been released!\r\n"), std::string::npos) << log;
 }
 
+// Every table frees its rows; only the controller table says so.
+TEST(RaidTables, LosingTheRaidLinkFunctionFreesEveryTablesRows)
+{
+    Agent agent(raidAgent(raidMachine(smallRaid())));
+    const Table tables[] = {kControllers, kDrives, kControllerFirmware, kDriveFirmware, kPools, kVolumes};
+    for (Table table : tables)
+        EXPECT_FALSE(agent.client().walk(oidJoin(kLocalStorage, {table})).empty()) << table;
+    agent.replaceMachine(raidMachine(smallRaid(), false).json());
+    agent.setClock(kStartTime + 6);
+    for (Table table : tables)
+        EXPECT_TRUE(agent.client().walk(oidJoin(kLocalStorage, {table})).empty()) << table;
+    const std::string log = agent.traceLogText();
+    size_t notOffered = 0;
+    for (size_t at = log.find("the platform not support RaidLink function."); at != std::string::npos;
+         at = log.find("the platform not support RaidLink function.", at + 1))
+        ++notOffered;
+    EXPECT_EQ(notOffered, 6u) << log;
+    EXPECT_EQ(log.find("has been released!"), log.rfind("has been released!")) << "once, by the controller table";
+    EXPECT_NE(log.find("raidDriveTable_get_first_data_point["), std::string::npos) << log;
+}
+
+TEST(RaidTables, TheHandlerTracesEachRequest)
+{
+    Agent agent(raidAgent(raidMachine(smallRaid()), "localStorage:handler"));
+    textAt(agent, cell(kVolumes, 2, 1));
+    EXPECT_EQ(agent.countInStdout("localStorage:handler: Processing request (160)\n"), 1u) << agent.stdoutText();
+}
+
 TEST(RaidControllerTable, IsLoadedAtMostOnceIn5Seconds)
 {
     Agent agent(raidAgent(raidMachine(smallRaid())));
