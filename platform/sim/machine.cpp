@@ -1,5 +1,6 @@
 #include "machine.h"
 #include "machine_checks.h"
+#include "machine_inventory.h"
 
 #include <sys/stat.h>
 
@@ -525,6 +526,10 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
             machine->features = readFeatures(value, pointer, check);
         } else if (name == "raid") {
             machine->raid = readRaid(value, pointer, check);
+        } else if (name == "adapters") {
+            machine->pci = readAdapters(value, pointer, check);
+        } else if (name == "persistentMemory") {
+            machine->persistentMemory = readPersistentMemory(value, pointer, check);
         } else if (name == "ipmi") {
             check.expect(value.is_array(), pointer, "must be an array of IPMI exchanges");
             size_t i = 0;
@@ -539,7 +544,7 @@ std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::
             // Names starting with "_" are free for comments.
             check.fail(pointer,
                        "unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
-                       "features, raid, faults)");
+                       "features, raid, adapters, persistentMemory, faults)");
         }
     }
     return machine;

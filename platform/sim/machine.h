@@ -5,6 +5,8 @@
 // with its line and the last good description keeps being served.
 #pragma once
 
+#include "orv3/inventory_db.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
@@ -169,6 +171,46 @@ struct RaidInventory {
     std::optional<uint32_t> controllerCount;
 };
 
+// The inventory database's view of the PCI adapters. Every record is
+// packed from the description's fields when the description is read, so a
+// query copies it out as it is.
+struct NetworkPhysicalPort {
+    inventory_db_physical_port_t record{};
+    std::vector<inventory_db_logical_port_t> logicalPorts;
+};
+
+// One PCI function, found by its key (unique over all adapters). Every query
+// about a known function answers; a part the description leaves out reads
+// as a zeroed record or an empty list.
+struct PciFunction {
+    uint32_t key = 0;
+    uint32_t type = INVENTORY_DB_FUNC_OTHER; // what orvdb_get_pci_function_type answers
+    inventory_db_pci_info_t pci{};
+    inventory_db_pci_vpd_t vpd{};
+    inventory_db_pci_misc_t misc{};
+    std::vector<inventory_db_firmware_t> firmware;
+    inventory_db_network_info_t network{};
+    std::vector<NetworkPhysicalPort> physicalPorts; // physical port N is element N - 1
+    inventory_db_gpu_device_t gpu{};
+    std::vector<inventory_db_gpu_chip_t> chips;
+};
+
+struct PciAdapter {
+    inventory_db_adapter_t record{};
+    std::vector<PciFunction> functions; // in the function-key list's order
+};
+
+struct PciInventory {
+    std::vector<PciAdapter> adapters; // in the adapter list's order
+};
+
+// A persistent-memory module: the id the database lists it by and the
+// record it answers for that id.
+struct PersistentMemoryModule {
+    uint32_t id = 0;
+    inventory_db_memory_t record{};
+};
+
 struct Machine {
     std::string description;
     // data manager: path -> table rows, a value, or {"value", "accepted", "min", "max"}
@@ -180,6 +222,9 @@ struct Machine {
     std::vector<IpmiExchange> ipmi;          // the IPMI channel's known commands, first match answers
     std::map<uint32_t, uint8_t> features;    // optional platform functions: flag by feature number
     RaidInventory raid;                      // the RAID link library
+    PciInventory pci;                        // the inventory database's PCI adapters
+    // the inventory database's persistent-memory modules, in id-list order
+    std::vector<PersistentMemoryModule> persistentMemory;
     std::vector<Fault> faults;
 };
 

@@ -74,6 +74,18 @@ public:
         raid_ = std::move(section);
         return *this;
     }
+    // The whole "adapters" section: PCI adapters with their functions.
+    MachineBuilder &adapters(nlohmann::json section)
+    {
+        adapters_ = std::move(section);
+        return *this;
+    }
+    // The whole "persistentMemory" section: the persistent-memory modules.
+    MachineBuilder &persistentMemory(nlohmann::json section)
+    {
+        persistentMemory_ = std::move(section);
+        return *this;
+    }
     // An exchange the IPMI channel knows: request and response bytes in hex ("06 01").
     MachineBuilder &ipmiExchange(const std::string &request, const std::string &response)
     {
@@ -95,6 +107,10 @@ public:
             machine["features"] = features_;
         if (!raid_.is_null())
             machine["raid"] = raid_;
+        if (!adapters_.is_null())
+            machine["adapters"] = adapters_;
+        if (!persistentMemory_.is_null())
+            machine["persistentMemory"] = persistentMemory_;
         machine["faults"] = faults_;
         return machine.dump(2);
     }
@@ -107,8 +123,10 @@ private:
     nlohmann::json changeHistory_ = nlohmann::json::array();
     nlohmann::json power_; // null: no "power" section
     nlohmann::json ipmi_ = nlohmann::json::array();
-    nlohmann::json features_; // null: no "features" section
-    nlohmann::json raid_;     // null: no "raid" section
+    nlohmann::json features_;         // null: no "features" section
+    nlohmann::json raid_;             // null: no "raid" section
+    nlohmann::json adapters_;         // null: no "adapters" section
+    nlohmann::json persistentMemory_; // null: no "persistentMemory" section
 };
 
 // An agent serving a machine whose "power" section is `power`, on the

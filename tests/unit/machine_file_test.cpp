@@ -50,7 +50,31 @@ TEST(MachineFile, UnknownSectionIsRefused)
     EXPECT_EQ(
         machineFileError("{\n\"fans\": []\n}"),
         "m.json:2: /fans: unknown section (known: description, store, events, sessions, changeHistory, power, ipmi, "
-        "features, raid, faults)");
+        "features, raid, adapters, persistentMemory, faults)");
+}
+
+TEST(MachineFile, ReadsAdaptersAndPersistentMemoryIntoTheDatabasesRecords)
+{
+    auto machine = parseMachine(R"({
+      "adapters": [{"key": 4, "slot": 2, "productName": "NIC",
+                    "functions": [{"key": 41, "type": 1, "physicalPorts": [{"logicalPorts": [{}, {}]}]}]}],
+      "persistentMemory": [{"id": 14, "text1": "DIMM 14", "extraKind": 3}]
+    })",
+                                "m.json");
+    ASSERT_EQ(machine->pci.adapters.size(), 1u);
+    const auto &adapter = machine->pci.adapters[0];
+    EXPECT_EQ(adapter.record.adapterKey, 4u);
+    EXPECT_EQ(adapter.record.slotNo, 2);
+    EXPECT_STREQ(adapter.record.adapterProdName, "NIC");
+    ASSERT_EQ(adapter.functions.size(), 1u);
+    EXPECT_EQ(adapter.functions[0].key, 41u);
+    EXPECT_EQ(adapter.functions[0].pci.func_type, 1u) << "the generic record tells the function's type";
+    ASSERT_EQ(adapter.functions[0].physicalPorts.size(), 1u);
+    EXPECT_EQ(adapter.functions[0].physicalPorts[0].record.logical_port_count, 2);
+    ASSERT_EQ(machine->persistentMemory.size(), 1u);
+    EXPECT_EQ(machine->persistentMemory[0].id, 14u);
+    EXPECT_STREQ(machine->persistentMemory[0].record.text1, "DIMM 14");
+    EXPECT_EQ(machine->persistentMemory[0].record.extra_kind, 3);
 }
 
 TEST(MachineFile, FaultNeedsACall)

@@ -72,6 +72,21 @@ const std::vector<InventoryTable> kInventoryTables = {
       {"mem_speed", Kind::Integer},
       {"aep_flag", Kind::Integer},
       {"udi_part_number", Kind::Text}}},
+    {"s/hw_health/flashdimms",
+     2,
+     {{"index", Kind::Integer},
+      {"name", Kind::Text},
+      {"status", Kind::Text},
+      {"op_status", Kind::Text},
+      {"temperature", Kind::Text},
+      {"capacity", Kind::Integer},
+      {"warranty_write", Kind::Integer},
+      {"endurance_write", Kind::Integer},
+      {"model_type", Kind::Text},
+      {"fw_level", Kind::Text},
+      {"part_number", Kind::Text},
+      {"serial_number", Kind::Text},
+      {"manuf_id", Kind::Text}}},
 };
 
 json sample()
@@ -145,6 +160,22 @@ TEST(SampleInventory, OrdinaryDimmsOnly)
     json machine = sample();
     for (const json &row : machine["store"]["s/hw_health/memory"])
         EXPECT_EQ(row["aep_flag"], 0) << row.dump();
+}
+
+// The persistent-memory modules sit in slots of their own, apart from the
+// ordinary DIMMs of the memory table, and each kind of extra data is shown.
+TEST(SampleInventory, PersistentMemoryModulesAreApartFromTheOrdinaryDimms)
+{
+    json machine = sample();
+    std::set<std::string> ordinary;
+    for (const json &row : machine["store"]["s/hw_health/memory"])
+        ordinary.insert(row["description"].get<std::string>());
+    std::set<int> kinds;
+    for (const json &module : machine["persistentMemory"]) {
+        EXPECT_EQ(ordinary.count(module["text1"].get<std::string>()), 0u) << module.dump();
+        kinds.insert(module["extraKind"].get<int>());
+    }
+    EXPECT_EQ(kinds, (std::set<int>{1, 2, 3}));
 }
 
 TEST(SampleInventory, ChangeHistoryHasEveryCategoryAndTextsThatFitTheirFields)

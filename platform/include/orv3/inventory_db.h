@@ -47,6 +47,7 @@ enum {
 enum {
     INVENTORY_DB_MEMORY_SIZE = 656,
     INVENTORY_DB_ADAPTER_SIZE = 212,
+    INVENTORY_DB_FUNC_KEY_SIZE = 324,
     INVENTORY_DB_PCI_INFO_SIZE = 108,
     INVENTORY_DB_PCI_VPD_SIZE = 279,
     INVENTORY_DB_PCI_MISC_SIZE = 172,
@@ -231,6 +232,21 @@ typedef struct inventory_db_gpu_chip {
     uint16_t data_width;    /* 246 */
 } inventory_db_gpu_chip_t;
 
+/* One PCI function as the adapter tables keep it: the database's function
+ * key and type with the names built for it and what its adapter tells. The
+ * adapters' callers build these records themselves; the database never
+ * hands them out. */
+typedef struct inventory_db_func_key {
+    uint16_t adapterNumber; /* 0: the adapter record's adapterNumber */
+    uint16_t slotNo;        /* 2: the adapter's slotNo, 0 on board */
+    char adapterName[156];  /* 4: e.g. "X (PCI Slot 2)", at most 151 characters */
+    uint32_t funcKey;       /* 160 */
+    uint32_t funcType;      /* 164: INVENTORY_DB_FUNC_* */
+    char cardName[153];     /* 168: e.g. "Function 1A:00:01" */
+    uint8_t oobSupported;   /* 321: the adapter's INVENTORY_DB_OOB_* */
+    uint8_t reserved_322[2];
+} inventory_db_func_key_t;
+
 #pragma pack(pop)
 
 ORV3_STATIC_ASSERT(offsetof(inventory_db_memory_t, speed1) == 24, "speed1");
@@ -270,6 +286,15 @@ ORV3_STATIC_ASSERT(offsetof(inventory_db_adapter_t, oobSupported) == 204, "oobSu
 ORV3_STATIC_ASSERT(offsetof(inventory_db_adapter_t, location) == 205, "location");
 ORV3_STATIC_ASSERT(offsetof(inventory_db_adapter_t, reserved_206) == 206, "reserved_206");
 ORV3_STATIC_ASSERT(sizeof(inventory_db_adapter_t) == INVENTORY_DB_ADAPTER_SIZE, "212 bytes");
+
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, adapterNumber) == 0, "adapterNumber");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, slotNo) == 2, "slotNo");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, adapterName) == 4, "adapterName");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, funcKey) == 160, "funcKey");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, funcType) == 164, "funcType");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, cardName) == 168, "cardName");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_t, oobSupported) == 321, "oobSupported");
+ORV3_STATIC_ASSERT(sizeof(inventory_db_func_key_t) == INVENTORY_DB_FUNC_KEY_SIZE, "324 bytes");
 
 ORV3_STATIC_ASSERT(offsetof(inventory_db_pci_info_t, bus) == 9, "bus");
 ORV3_STATIC_ASSERT(offsetof(inventory_db_pci_info_t, device) == 10, "device");
@@ -381,6 +406,13 @@ typedef struct inventory_db_id_list {
     uint32_t *ids;
 } inventory_db_id_list_t;
 
+/* Function records of one class, in adapter order (a heap array the
+ * caller frees with one free). */
+typedef struct inventory_db_func_key_list {
+    uint32_t count;
+    inventory_db_func_key_t *keyList;
+} inventory_db_func_key_list_t;
+
 typedef struct inventory_db_firmware_list {
     uint32_t count;
     inventory_db_firmware_t *firmware;
@@ -409,6 +441,8 @@ ORV3_STATIC_ASSERT(offsetof(inventory_db_physical_port_list_t, ports) == sizeof(
 ORV3_STATIC_ASSERT(sizeof(inventory_db_physical_port_list_t) == 2 * sizeof(void *), "8 bytes on the controller");
 ORV3_STATIC_ASSERT(offsetof(inventory_db_logical_port_list_t, ports) == sizeof(void *), "ports after count");
 ORV3_STATIC_ASSERT(sizeof(inventory_db_logical_port_list_t) == 2 * sizeof(void *), "8 bytes on the controller");
+ORV3_STATIC_ASSERT(offsetof(inventory_db_func_key_list_t, keyList) == sizeof(void *), "keyList after count");
+ORV3_STATIC_ASSERT(sizeof(inventory_db_func_key_list_t) == 2 * sizeof(void *), "8 bytes on the controller");
 ORV3_STATIC_ASSERT(offsetof(inventory_db_gpu_chip_list_t, chips) == sizeof(void *), "chips after count");
 ORV3_STATIC_ASSERT(sizeof(inventory_db_gpu_chip_list_t) == 2 * sizeof(void *), "8 bytes on the controller");
 

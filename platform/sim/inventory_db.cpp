@@ -1,0 +1,259 @@
+// The simulated inventory database: PCI adapters and their functions from the
+// machine description's "adapters" section, persistent-memory modules from
+// its "persistentMemory" section. A query for a known key copies the record
+// packed when the description was read and returns ORV_DB_STATUS_SUCCESS; an
+// unknown key, a missing output or a fault (keyed by the adapter, function
+// or module key in decimal) writes nothing and fails.
+//
+// Lists are handed out as the database hands them out: PCI, firmware, port
+// and chip arrays are malloc'ed blocks the caller frees, while the
+// persistent-memory id array stays the database's and is never freed by its
+// caller (see memoryIds below).
+#include "orv3/inventory_db.h"
+#include "platform.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using orv3::sim::Machine;
+using orv3::sim::PciFunction;
+using orv3::sim::Platform;
+
+namespace {
+
+constexpr int32_t kFail = ORV_DB_STATUS_FAIL;
+constexpr int32_t kSuccess = ORV_DB_STATUS_SUCCESS;
+
+// The call's fault, or the machine; the caller fails when neither lets it answer.
+struct Entered {
+    std::optional<orv3::sim::Fault> fault;
+    std::shared_ptr<const Machine> machine;
+};
+
+Entered enter(const char *call, const std::string &key)
+{
+    Entered entered;
+    entered.fault = Platform::instance().enter(call, key);
+    if (!entered.fault)
+        entered.machine = Platform::instance().machine();
+    return entered;
+}
+
+const PciFunction *findFunction(const Machine &machine, uint32_t funcKey)
+{
+    for (const auto &adapter : machine.pci.adapters)
+        for (const auto &function : adapter.functions)
+            if (function.key == funcKey)
+                return &function;
+    return nullptr;
+}
+
+// A copy of `items` in a block the caller frees; no block for no items.
+// False when the block cannot be had.
+template <class Item> bool handOut(const std::vector<Item> &items, uint32_t &count, Item *&array)
+{
+    Item *block = nullptr;
+    if (!items.empty()) {
+        block = static_cast<Item *>(malloc(items.size() * sizeof(Item)));
+        if (!block)
+            return false;
+        memcpy(block, items.data(), items.size() * sizeof(Item));
+    }
+    count = static_cast<uint32_t>(items.size());
+    array = block;
+    return true;
+}
+
+// The function's record that `part` picks, copied into `out`.
+template <class Record, class Part> int32_t answerFunction(const char *call, uint32_t funcKey, Record *out, Part part)
+{
+    Entered entered = enter(call, std::to_string(funcKey));
+    if (entered.fault)
+        return entered.fault->result;
+    const PciFunction *function = out ? findFunction(*entered.machine, funcKey) : nullptr;
+    if (!function)
+        return kFail;
+    memcpy(out, &(function->*part), sizeof(Record));
+    return kSuccess;
+}
+
+// The function's list that `part` picks, handed out into `list`.
+template <class List, class Item, class Part>
+int32_t handOutFunctionList(const char *call, uint32_t funcKey, List *list, Item *List::*array, Part part)
+{
+    Entered entered = enter(call, std::to_string(funcKey));
+    if (entered.fault)
+        return entered.fault->result;
+    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
+    if (!function)
+        return kFail;
+    uint32_t count = 0;
+    Item *items = nullptr;
+    if (!handOut(function->*part, count, items))
+        return kFail;
+    list->count = count;
+    list->*array = items;
+    return kSuccess;
+}
+
+// The persistent-memory id array stays the database's: its callers never
+// free it. It lives here for the life of the process, reachable so that a
+// leak checker sees it kept, and is rewritten in place by the next call.
+struct MemoryIds {
+    std::mutex mutex;
+    std::vector<uint32_t> ids;
+};
+
+MemoryIds &memoryIds()
+{
+    static MemoryIds *kept = new MemoryIds;
+    return *kept;
+}
+
+} // namespace
+
+extern "C" {
+
+int32_t orvdb_get_AEP_memory_list(inventory_db_id_list_t *list)
+{
+    Entered entered = enter(__func__, "");
+    if (entered.fault)
+        return entered.fault->result;
+    if (!list)
+        return kFail;
+    MemoryIds &kept = memoryIds();
+    std::lock_guard lock(kept.mutex);
+    kept.ids.clear();
+    for (const auto &module : entered.machine->persistentMemory)
+        kept.ids.push_back(module.id);
+    list->count = static_cast<uint32_t>(kept.ids.size());
+    list->ids = kept.ids.empty() ? nullptr : kept.ids.data();
+    return kSuccess;
+}
+
+int32_t orvdb_get_memory_by_id(inventory_db_memory_t *memory, uint32_t id)
+{
+    Entered entered = enter(__func__, std::to_string(id));
+    if (entered.fault)
+        return entered.fault->result;
+    if (!memory)
+        return kFail;
+    for (const auto &module : entered.machine->persistentMemory) {
+        if (module.id == id) {
+            memcpy(memory, &module.record, sizeof *memory);
+            return kSuccess;
+        }
+    }
+    return kFail;
+}
+
+int32_t orvdb_get_pci_adapter_list(uint32_t *count, inventory_db_adapter_t **adapters)
+{
+    Entered entered = enter(__func__, "");
+    if (entered.fault)
+        return entered.fault->result;
+    if (!count || !adapters)
+        return kFail;
+    std::vector<inventory_db_adapter_t> records;
+    for (const auto &adapter : entered.machine->pci.adapters)
+        records.push_back(adapter.record);
+    return handOut(records, *count, *adapters) ? kSuccess : kFail;
+}
+
+int32_t orvdb_get_pci_funkey_list(uint32_t adapterKey, inventory_db_id_list_t *funcKeys)
+{
+    Entered entered = enter(__func__, std::to_string(adapterKey));
+    if (entered.fault)
+        return entered.fault->result;
+    if (!funcKeys)
+        return kFail;
+    for (const auto &adapter : entered.machine->pci.adapters) {
+        if (adapter.record.adapterKey != adapterKey)
+            continue;
+        std::vector<uint32_t> keys;
+        for (const auto &function : adapter.functions)
+            keys.push_back(function.key);
+        uint32_t count = 0;
+        uint32_t *ids = nullptr;
+        if (!handOut(keys, count, ids))
+            return kFail;
+        funcKeys->count = count;
+        funcKeys->ids = ids;
+        return kSuccess;
+    }
+    return kFail;
+}
+
+int32_t orvdb_get_pci_function_type(uint32_t funcKey, uint32_t *type)
+{
+    return answerFunction(__func__, funcKey, type, &PciFunction::type);
+}
+
+int32_t orvdb_get_pci_generic_info(uint32_t funcKey, inventory_db_pci_info_t *pciInfo)
+{
+    return answerFunction(__func__, funcKey, pciInfo, &PciFunction::pci);
+}
+
+int32_t orvdb_get_pci_vpd_info(uint32_t funcKey, inventory_db_pci_vpd_t *vpdInfo)
+{
+    return answerFunction(__func__, funcKey, vpdInfo, &PciFunction::vpd);
+}
+
+int32_t orvdb_get_pci_misc_info(uint32_t funcKey, inventory_db_pci_misc_t *miscInfo)
+{
+    return answerFunction(__func__, funcKey, miscInfo, &PciFunction::misc);
+}
+
+int32_t orvdb_get_pci_firmware_list(uint32_t funcKey, inventory_db_firmware_list_t *list)
+{
+    return handOutFunctionList(__func__, funcKey, list, &inventory_db_firmware_list_t::firmware,
+                               &PciFunction::firmware);
+}
+
+int32_t orvdb_get_network_info(uint32_t funcKey, inventory_db_network_info_t *info)
+{
+    return answerFunction(__func__, funcKey, info, &PciFunction::network);
+}
+
+int32_t orvdb_get_network_physical_port_list(uint32_t funcKey, inventory_db_physical_port_list_t *list)
+{
+    Entered entered = enter(__func__, std::to_string(funcKey));
+    if (entered.fault)
+        return entered.fault->result;
+    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
+    if (!function)
+        return kFail;
+    std::vector<inventory_db_physical_port_t> records;
+    for (const auto &port : function->physicalPorts)
+        records.push_back(port.record);
+    return handOut(records, list->count, list->ports) ? kSuccess : kFail;
+}
+
+// Physical port `phyPortNo` is the function's physical port at that 1-based
+// position; the fault key names both, "funcKey/phyPortNo".
+int32_t orvdb_get_network_logical_port_list2(uint32_t funcKey, uint32_t phyPortNo,
+                                             inventory_db_logical_port_list_t *list)
+{
+    Entered entered = enter(__func__, std::to_string(funcKey) + "/" + std::to_string(phyPortNo));
+    if (entered.fault)
+        return entered.fault->result;
+    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
+    if (!function || phyPortNo == 0 || phyPortNo > function->physicalPorts.size())
+        return kFail;
+    return handOut(function->physicalPorts[phyPortNo - 1].logicalPorts, list->count, list->ports) ? kSuccess : kFail;
+}
+
+int32_t orvdb_get_gpu_device_info(uint32_t funcKey, inventory_db_gpu_device_t *info)
+{
+    return answerFunction(__func__, funcKey, info, &PciFunction::gpu);
+}
+
+int32_t orvdb_get_gpu_chip_list(uint32_t funcKey, inventory_db_gpu_chip_list_t *list)
+{
+    return handOutFunctionList(__func__, funcKey, list, &inventory_db_gpu_chip_list_t::chips, &PciFunction::chips);
+}
+
+} // extern "C"
