@@ -1,6 +1,7 @@
 // The module's entry: the agent calls init_snmp_module_monitors once, after
 // loading the library, and every MIB group registers itself in a fixed order.
-// A group that fails to register is only traced and stays absent.
+// A group that fails to register is only traced and stays absent. The flash
+// DIMM count group (init_flashdimm) is deliberately not in the sequence.
 #include "monitors.h"
 
 extern "C" void init_snmp_module_monitors(void)
@@ -24,13 +25,17 @@ extern "C" void init_snmp_module_monitors(void)
     init_hostMACAddressTable();
     init_systemCPUVpdTable();
     init_systemMemoryVpdTable();
+    init_systemAepDIMMVpdTable();
     init_powerModule();
     init_powerTable();
     init_disks();
     init_diskTable();
+    init_fdTable();
     init_powerPolicyTable();
     init_powerPolicyInformation();
     init_powerTrendingSampleTable();
     init_fuelGaugeInformation();
     init_localStorage();
+    init_adapters_scalar();
+    init_adapters();
 }

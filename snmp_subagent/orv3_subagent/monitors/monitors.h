@@ -22,15 +22,19 @@ int init_systemHealthSummaryTable(void);
 int init_hostMACAddressTable(void);
 int init_systemCPUVpdTable(void);
 int init_systemMemoryVpdTable(void);
+int init_systemAepDIMMVpdTable(void);
 int init_allLEDsTable(void);
 int init_powerModule(void);
 int init_powerTable(void);
 int init_disks(void);
 int init_diskTable(void);
+int init_fdTable(void);
 int init_powerPolicyTable(void);
 int init_powerPolicyInformation(void);
 int init_powerTrendingSampleTable(void);
 int init_fuelGaugeInformation(void);
 int init_localStorage(void);
+int init_adapters_scalar(void);
+int init_adapters(void);
 
 } // extern "C"

@@ -9,13 +9,51 @@ namespace orv3 {
 
 namespace {
 
-size_t oidLengthOf(const scalar_decl_t &)
+// A nine-field record carries no length: its OID ends in the instance arc 0,
+// 13 arcs for the count groups directly under a subsystem (fanNumber) and
+// 14 for one a level deeper (fdNumber).
+size_t oidLengthOf(const scalar_decl_t &decl)
 {
+    for (size_t length = kScalarOidLength; length < kScalarOidLength + 2; ++length)
+        if (decl.oid[length - 1] == 0)
+            return length;
     return kScalarOidLength;
 }
 size_t oidLengthOf(const scalar_decl_ex_t &decl)
 {
     return decl.oid_len;
+}
+size_t oidLengthOf(const scalar_decl_oid_t &decl)
+{
+    return decl.oid_len;
+}
+
+// What the handler runs in each SET phase, and how much of the cell a GET
+// answers.
+template <class Decl> scalar_fn_t validateOf(const Decl &decl)
+{
+    return decl.validate;
+}
+template <class Decl> scalar_fn_t commitOf(const Decl &decl)
+{
+    return decl.commit;
+}
+template <class Decl> size_t answerSize(const Decl &decl)
+{
+    // The size cell never widens the answer past the record's own maximum.
+    return *decl.size < size_t(decl.max_size) ? *decl.size : size_t(decl.max_size);
+}
+scalar_fn_t validateOf(const scalar_decl_oid_t &decl)
+{
+    return decl.set;
+}
+scalar_fn_t commitOf(const scalar_decl_oid_t &decl)
+{
+    return decl.set;
+}
+size_t answerSize(const scalar_decl_oid_t &decl)
+{
+    return *decl.size < sizeof(ScalarCell) ? *decl.size : sizeof(ScalarCell);
 }
 
 template <class Decl>
@@ -53,13 +91,21 @@ void registerDecls(const char *routine, const char *group, const Decl *decls, In
         registerDecl(routine, group, *decl, kind, typeLabel, handler, where);
 }
 
-template <class Decl> const Decl *findByScalarArc(const Decl *decls, const netsnmp_variable_list *vb)
+template <class Decl> const Decl *findDecl(const Decl *decls, const netsnmp_variable_list *vb)
 {
     if (vb->name_length < 2)
         return nullptr;
     size_t position = vb->name_length - 2;
     for (const Decl *decl = decls; decl && decl->name; ++decl)
         if (position < oidLengthOf(*decl) && decl->oid[position] == vb->name[position])
+            return decl;
+    return nullptr;
+}
+
+const scalar_decl_oid_t *findDecl(const scalar_decl_oid_t *decls, const netsnmp_variable_list *vb)
+{
+    for (const scalar_decl_oid_t *decl = decls; decl && decl->name; ++decl)
+        if (snmp_oid_compare(vb->name, vb->name_length, decl->oid, decl->oid_len) == 0)
             return decl;
     return nullptr;
 }
@@ -74,7 +120,7 @@ int handleScalars(const Decl *decls, const char *stdoutRoutine, netsnmp_agent_re
     for (netsnmp_request_info *request = requests; request; request = request->next) {
         if (request->processed)
             continue;
-        const Decl *decl = findByScalarArc(decls, request->requestvb);
+        const Decl *decl = findDecl(decls, request->requestvb);
         if (!decl) {
             status = SNMP_ERR_NOSUCHNAME;
             continue;
@@ -88,17 +134,16 @@ int handleScalars(const Decl *decls, const char *stdoutRoutine, netsnmp_agent_re
                 if (status != 0 && onFailure == UpdateStatus::SetOnRequest)
                     netsnmp_request_set_error(request, status);
             }
-            // The size cell never widens the answer past the record's own maximum.
             snmp_set_var_typed_value(request->requestvb, static_cast<u_char>(decl->asn_type), decl->value,
-                                     *decl->size < size_t(decl->max_size) ? *decl->size : size_t(decl->max_size));
+                                     answerSize(*decl));
             break;
         case MODE_SET_RESERVE1:
-            if (decl->validate)
-                status = decl->validate(decl->value, decl->size);
+            if (scalar_fn_t validate = validateOf(*decl))
+                status = validate(decl->value, decl->size);
             break;
         case MODE_SET_COMMIT:
-            if (decl->commit)
-                status = decl->commit(decl->value, decl->size);
+            if (scalar_fn_t commit = commitOf(*decl))
+                status = commit(decl->value, decl->size);
             break;
         default: break;
         }
@@ -131,6 +176,19 @@ void registerScalarGroup(const char *routine, const char *group, const scalar_de
 }
 
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_ex_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler, RegistrationHeader header,
+                         std::source_location where)
+{
+    registerDecls(routine, group, decls, kind, typeLabel, handler, header, where);
+}
+
+int scalarGroupHandler(const scalar_decl_oid_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests, UpdateStatus onFailure)
+{
+    return handleScalars(decls, stdoutRoutine, reqinfo, requests, onFailure);
+}
+
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_oid_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler, RegistrationHeader header,
                          std::source_location where)
 {

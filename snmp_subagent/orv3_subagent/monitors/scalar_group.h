@@ -43,16 +43,33 @@ typedef struct scalar_decl_ex {
     scalar_fn_t commit;
 } scalar_decl_ex_t;
 
+// Nine-field record of a group whose handler matches a request by its
+// whole OID: the OID length in the record, no maximum size, and a set
+// routine called in the SET modes when present.
+typedef struct scalar_decl_oid {
+    const oid *oid;
+    size_t oid_len;
+    const char *name; // null ends the array
+    int32_t asn_type;
+    void *value;
+    size_t *size;
+    scalar_fn_t update;  // before each GET
+    scalar_fn_t further; // not called by the handler
+    scalar_fn_t set;     // in SET RESERVE1 and COMMIT; may be null
+} scalar_decl_oid_t;
+
 } // extern "C"
 
 #if UINTPTR_MAX == 0xffffffffu
 static_assert(sizeof(scalar_decl_t) == 36, "nine 32-bit fields on the controller");
 static_assert(sizeof(scalar_decl_ex_t) == 40, "ten 32-bit fields on the controller");
+static_assert(sizeof(scalar_decl_oid_t) == 36, "nine 32-bit fields on the controller");
 #endif
 
 namespace orv3 {
 
-// Scalars of the nine-field groups are registered with 13 arcs.
+// Scalars of the nine-field groups are registered with 13 arcs, or 14 when
+// their OID ends a level deeper.
 constexpr size_t kScalarOidLength = 13;
 
 // Value cells are as wide as the agent's unsigned long, which its instance
@@ -76,8 +93,8 @@ enum class RegistrationHeader { Traced, AlreadyTraced };
 
 // Registers every scalar of a group and traces "Registering <group>
 // variables" and one OK/failed line per scalar with `typeLabel`.
-// Nine-field records are registered with kScalarOidLength arcs, ten-field
-// records with their own length.
+// Nine-field records are registered up to their instance arc 0 (13 or 14
+// arcs), ten-field records with their own length.
 void registerScalarGroup(const char *routine, const char *group, const scalar_decl_t *decls, InstanceKind kind,
                          const char *typeLabel, Netsnmp_Node_Handler *handler,
                          RegistrationHeader header = RegistrationHeader::Traced,
@@ -105,5 +122,13 @@ int scalarGroupHandler(const scalar_decl_t *decls, const char *stdoutRoutine, ne
                        netsnmp_request_info *requests, UpdateStatus onFailure = UpdateStatus::Returned);
 int scalarGroupHandler(const scalar_decl_ex_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
                        netsnmp_request_info *requests, UpdateStatus onFailure = UpdateStatus::Returned);
+// Whole-OID records: a request is served by the record whose OID equals its
+// name, and a GET answers the value cell with the length the update left.
+int scalarGroupHandler(const scalar_decl_oid_t *decls, const char *stdoutRoutine, netsnmp_agent_request_info *reqinfo,
+                       netsnmp_request_info *requests, UpdateStatus onFailure = UpdateStatus::Returned);
+void registerScalarGroup(const char *routine, const char *group, const scalar_decl_oid_t *decls, InstanceKind kind,
+                         const char *typeLabel, Netsnmp_Node_Handler *handler,
+                         RegistrationHeader header = RegistrationHeader::Traced,
+                         std::source_location where = std::source_location::current());
 
 } // namespace orv3
