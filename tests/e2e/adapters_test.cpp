@@ -292,8 +292,22 @@ TEST(AdapterGenericTable, AProductNameFillingItsWholeFieldIsCutToTheWorkBuffer)
     EXPECT_EQ(textAt(agent, cell(kGeneric, 2, 1)), std::string(127, 'N') + " (PCI Slot 9)");
 }
 
-// GETs of one table's cells: a walk would also run into the next table,
-// whose own load reads the adapter list as well.
+// A walk's last GETNEXT runs into the next table, whose own load reads the
+// adapter list too: a walk's loads are counted by the first walk itself.
+TEST(AdapterGenericTable, TwoWalksFiveSecondsApartUseOneLoad)
+{
+    Agent agent(adapterAgent(oneAdapter(networkCard())));
+    EXPECT_EQ(indexes(agent, kGeneric), (std::vector<long>{1}));
+    const size_t loadsPerWalk = agent.countCalls("orvdb_get_pci_adapter_list");
+    EXPECT_GE(loadsPerWalk, 1u);
+    agent.setClock(kStartTime + 5);
+    EXPECT_EQ(indexes(agent, kGeneric), (std::vector<long>{1}));
+    EXPECT_EQ(agent.countCalls("orvdb_get_pci_adapter_list"), loadsPerWalk);
+    agent.setClock(kStartTime + 6);
+    EXPECT_EQ(indexes(agent, kGeneric), (std::vector<long>{1}));
+    EXPECT_EQ(agent.countCalls("orvdb_get_pci_adapter_list"), 2 * loadsPerWalk);
+}
+
 TEST(AdapterGenericTable, TwoReadsWithinFiveSecondsLoadOnce)
 {
     Agent agent(adapterAgent(oneAdapter(networkCard())));
