@@ -18,7 +18,7 @@ inline const std::string kFanNumber = oidJoin(kMonitorsRoot, {3, 1, 0});
 inline const std::string kFanTable = oidJoin(kMonitorsRoot, {3, 2});
 inline const std::string kFanStoreTable = "s/fans/status/fantbl";
 
-inline std::string fanCell(int column, int index)
+inline std::string fanCell(int column, unsigned long index)
 {
     return oidJoin(kMonitorsRoot, {3, 2, 1, column, index});
 }

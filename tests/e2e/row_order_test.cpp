@@ -74,6 +74,31 @@ TEST(RowOrder, GetNextPastTheLastRowGoesOnToTheNextColumnsFirstRow)
     EXPECT_EQ(reply.varbinds[1].oid, fanCell(3, 1));
 }
 
+// A store index of -1 is the arc 4294967295 on the wire, and the row sorts
+// there: GETNEXT from that arc moves on to the next column instead of
+// answering the same OID again, so a walk passes it.
+TEST(RowOrder, ANegativeIndexIsTheLastArcAndGetNextMovesPastIt)
+{
+    Agent agent(fanAgent(machineWithFans(fansInStoreOrder({3, -1, 1}))));
+    Response reply = agent.client().getNext({fanCell(1, 4294967295u), fanCell(1, 3)});
+    ASSERT_TRUE(reply.ok()) << reply;
+    ASSERT_EQ(reply.varbinds.size(), 2u);
+    EXPECT_EQ(reply.varbinds[0].oid, fanCell(2, 1));
+    EXPECT_EQ(reply.varbinds[1].oid, fanCell(1, 4294967295u));
+    EXPECT_EQ(reply.varbinds[1].integer, -1) << "the index column keeps the store's value";
+
+    std::vector<VarBind> walk = agent.client().walk(kFanTable);
+    ASSERT_EQ(walk.size(), 3u * 10u);
+    for (size_t i = 1; i < walk.size(); ++i)
+        EXPECT_LT(oidParse(walk[i - 1].oid), oidParse(walk[i].oid)) << walk[i].oid;
+    Response bulk = agent.client().getBulk(0, 3, {fanCell(2, 3)});
+    ASSERT_TRUE(bulk.ok()) << bulk;
+    ASSERT_EQ(bulk.varbinds.size(), 3u);
+    EXPECT_EQ(bulk.varbinds[0].oid, fanCell(2, 4294967295u));
+    EXPECT_EQ(bulk.varbinds[1].oid, fanCell(3, 1));
+    EXPECT_EQ(bulk.varbinds[2].oid, fanCell(3, 3));
+}
+
 TEST(RowOrder, GetBulkAcrossEveryColumnAsSnmptableSendsIt)
 {
     Agent agent(fanAgent(machineWithFans(fansInStoreOrder({9, 3, 5, 1, 7}))));

@@ -97,33 +97,23 @@ orv3_row_head_t *allocateRow(const void *hint, size_t size)
     return static_cast<orv3_row_head_t *>(calloc(1, size));
 }
 
-namespace {
-
-// The iterator builds an INTEGER index into the OID as an unsigned arc.
-uint32_t arcOf(const orv3_row_head_t *row)
-{
-    return static_cast<uint32_t>(row->index);
-}
-
-} // namespace
-
 void RowList::insertInOrder(orv3_row_head_t *row)
 {
-    if (!head_ || arcOf(row) <= arcOf(head_)) {
+    if (!head_ || indexArc(row) <= indexArc(head_)) {
         row->next = head_;
         head_ = row;
         if (!row->next)
             tail_ = row;
         return;
     }
-    if (arcOf(row) > arcOf(tail_)) {
+    if (indexArc(row) > indexArc(tail_)) {
         row->next = nullptr;
         tail_->next = row;
         tail_ = row;
         return;
     }
     orv3_row_head_t *before = head_;
-    while (arcOf(before->next) < arcOf(row))
+    while (indexArc(before->next) < indexArc(row))
         before = before->next;
     row->next = before->next;
     before->next = row;

@@ -171,6 +171,16 @@ struct TableInfo {
 int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
                   Netsnmp_Next_Data_Point *next);
 
+// A row's index as its OID arc: the 32 bits of the stored index, unsigned,
+// exactly as they go on the wire. Built any wider (a negative index sign-
+// extended into a 64-bit arc), the agent would order and compare the row
+// by an arc no manager can send back, and a GETNEXT from the wire's arc
+// would answer that same OID again.
+inline long indexArc(const orv3_row_head_t *row)
+{
+    return static_cast<long>(static_cast<uint32_t>(row->index));
+}
+
 // The iterator's get-next step over a row list. A walk steps through about
 // half the list for every varbind it answers, so the step is kept inline and
 // sets the index in place once the varbind holds an integer of its own.
@@ -181,9 +191,9 @@ inline netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataConte
         return nullptr;
     if (index->type == ASN_INTEGER && index->val.integer == reinterpret_cast<long *>(index->buf) &&
         index->val_len == sizeof(long))
-        *index->val.integer = row->index;
+        *index->val.integer = indexArc(row);
     else
-        snmp_set_var_typed_integer(index, ASN_INTEGER, row->index);
+        snmp_set_var_typed_integer(index, ASN_INTEGER, indexArc(row));
     *dataContext = row;
     *loopContext = row->next;
     return index;
