@@ -79,5 +79,20 @@ TEST(FanTableLoad, RowThatFailsMidwayKeepsTheRowsReadBeforeIt)
     EXPECT_EQ(agent.countInStdout("initialize_fanTable_local quel_dm_GetNextRow error 5-type mismatch\n"), 1u);
 }
 
+TEST(FanTableLoad, AStoreThatDoesNotAdvanceStopsTheLoadAtOnce)
+{
+    // Next-row calls that succeed without writing: the holders keep the
+    // first row, and a second copy of it is never made.
+    nlohmann::json faults = {{{"call", "quel_dm_GetNextRow"}, {"key", kFanStoreTable}, {"result", 0}, {"status", 0}}};
+    Agent agent(fanAgent(machineWithFans(kThreeFans, faults)));
+    EXPECT_EQ(fanRows(agent), 1u);
+    EXPECT_EQ(agent.countInStdout("initialize_fanTable_local quel_dm_GetNextRow returned row 1 again: the store is not "
+                                  "advancing, load stopped\n"),
+              1u)
+        << agent.stdoutText();
+    EXPECT_EQ(agent.countCalls("quel_dm_GetNextRow " + kFanStoreTable), 1u);
+    EXPECT_EQ(agent.countCalls(kFreeBinding), 1u);
+}
+
 } // namespace
 } // namespace orv3::test

@@ -30,7 +30,9 @@ struct BoundTableSource {
 };
 
 // A load never takes more rows than this from one binding, so that a store
-// that never reports the end of its rows cannot hold the agent.
+// that never reports the end of its rows cannot hold the agent. A load also
+// stops, with a message, at a next-row call that succeeds without moving
+// on: one that leaves every holder as the row before left it.
 constexpr int kMaxRowsPerLoad = 65536;
 
 // Binds if needed and reads every row, calling `addRow` with the holders
