@@ -21,7 +21,8 @@ struct quel_dm_lock {
 namespace {
 
 // Locks handed out and not yet released, owned here: one the caller never
-// releases keeps its namespaces held, as it would on the controller.
+// releases keeps its namespaces held, as it would on the controller; one
+// the caller hands back is released even when the unlock reports a failure.
 std::mutex locksMutex;
 std::unordered_map<quel_dm_lock *, std::unique_ptr<quel_dm_lock>> liveLocks;
 
@@ -62,16 +63,23 @@ int32_t quel_dm_LockNamespaces(const char *const *namespaces, quel_dm_co_t, quel
     return 0;
 }
 
+// An unlock takes the handle back whatever it answers: a caller that is told
+// the unlock failed has no better use for the handle than to drop it, so a
+// failing unlock (a fault) reports its failure but the store releases the
+// namespaces all the same. Kept held, they would refuse every later lock of
+// them until the agent restarts.
 int32_t quel_dm_UnlockNamespaces(quel_dm_lock_t handle, quel_dm_co_t, int32_t *status)
 {
     std::lock_guard guard(locksMutex);
     quel_dm_lock *lock = liveLocks.count(handle) ? handle : nullptr;
+    const std::string key = lock ? orv3::sim::joinNamespaces(lock->namespaces) : "";
+    if (lock)
+        liveLocks.erase(lock);
     int32_t result;
-    if (orv3::sim::failedByFault(__func__, lock ? orv3::sim::joinNamespaces(lock->namespaces) : "", status, result))
+    if (orv3::sim::failedByFault(__func__, key, status, result))
         return result;
     if (!lock)
         return orv3::sim::finish(status, 1, orv3::sim::kBadHandle);
-    liveLocks.erase(lock);
     return orv3::sim::finish(status, 0, orv3::sim::kOk);
 }
 

@@ -99,6 +99,28 @@ TEST(Leds, FailedNamespaceLockGivesGenErrAndTheNextSetWorks)
     EXPECT_EQ(ledValue(agent, kInformationLED), 1);
 }
 
+// The unlock comes after the update: the value is written, the request is
+// told genErr, and the store has taken the lock back all the same, so the
+// group's next SET locks as usual.
+TEST(Leds, FailedNamespaceUnlockGivesGenErrForAWrittenValueAndTheNextSetWorks)
+{
+    MachineBuilder machine = lightPath();
+    machine.fault("quel_dm_UnlockNamespaces", "", 1, 9, 1);
+    Agent agent(agentFor(machine, "leds"));
+    Response unlocked = setLed(agent, kInformationLED, 1);
+    EXPECT_EQ(errorStatusName(unlocked.errorStatus), errorStatusName(SNMP_ERR_GENERR)) << unlocked;
+    EXPECT_EQ(unlocked.errorIndex, 0) << "the agent reports a failed COMMIT for the request as a whole";
+    EXPECT_EQ(ledValue(agent, kInformationLED), 1);
+
+    for (long value : {0, 1, 0}) {
+        Response next = setLed(agent, kInformationLED, value);
+        ASSERT_TRUE(next.ok()) << next;
+        EXPECT_EQ(ledValue(agent, kInformationLED), value);
+    }
+    Response identify = setLed(agent, kIdentityLED, 2);
+    ASSERT_TRUE(identify.ok()) << identify;
+}
+
 TEST(Leds, SetOfBothLedsInOneRequestValidatesTheStoreOnce)
 {
     Agent agent(agentFor(lightPath()));

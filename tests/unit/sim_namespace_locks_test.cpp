@@ -1,6 +1,7 @@
 // The simulated data manager's namespace locks: a namespace is held by one
 // lock at a time, until that lock is released.
 #include "platform.h"
+#include "unit_machine.h"
 
 #include "orv3/data_manager.h"
 
@@ -64,6 +65,26 @@ TEST(SimNamespaceLocks, UnknownLockIsAnInvalidHandle)
     status = -1;
     EXPECT_EQ(quel_dm_UnlockNamespaces(nullptr, g_coHandle, &status), 1);
     EXPECT_EQ(status, orv3::sim::kBadHandle);
+}
+
+TEST(SimNamespaceLocks, AFailingUnlockStillReleasesTheLock)
+{
+    orv3::test::ServedMachine served(
+        R"({"description": "unlock fails once", "store": {"s/lightpathstatus/other/info": 0},
+                            "faults": [{"call": "quel_dm_UnlockNamespaces", "key": "s/lightpathstatus",
+                                        "result": 1, "status": 9, "times": 1}]})");
+    quel_dm_lock_t lock = nullptr;
+    ASSERT_EQ(quel_dm_LockNamespaces(kLightPath, g_coHandle, &lock), 0);
+    int32_t status = -1;
+    EXPECT_EQ(quel_dm_UnlockNamespaces(lock, g_coHandle, &status), 1);
+    EXPECT_EQ(status, 9);
+
+    EXPECT_EQ(quel_dm_UnlockNamespaces(lock, g_coHandle, &status), 1) << "the handle was taken back";
+    EXPECT_EQ(status, orv3::sim::kBadHandle);
+
+    quel_dm_lock_t again = nullptr;
+    ASSERT_EQ(quel_dm_LockNamespaces(kLightPath, g_coHandle, &again), 0) << "the failed unlock released the namespace";
+    EXPECT_EQ(quel_dm_UnlockNamespaces(again, g_coHandle, &status), 0);
 }
 
 TEST(SimNamespaceLocks, MissingNamespacesOrOutPointerAreRefused)
