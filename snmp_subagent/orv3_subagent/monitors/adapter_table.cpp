@@ -64,6 +64,11 @@ int adapterTableHandler(const AdapterTable &table, const char *handlerName, nets
     if (reqinfo->mode != MODE_GET)
         return SNMP_ERR_NOERROR;
     for (netsnmp_request_info *request = requests; request; request = request->next) {
+        // The table helper has answered this one already: a column beyond
+        // the table (noSuchObject), or, in a GETNEXT, one it passes on past
+        // the table. Answering it again would turn a GETNEXT backwards.
+        if (request->processed)
+            continue;
         netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
         const unsigned number = info ? info->colnum : 0;
         const Column *column = nullptr;

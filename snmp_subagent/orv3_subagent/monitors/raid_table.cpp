@@ -61,6 +61,11 @@ int raidTableHandler(const RaidTable &table, const char *handlerName, netsnmp_ag
         return SNMP_ERR_NOERROR;
     for (netsnmp_request_info *request = requests; request; request = request->next) {
         ORV3_TRACE_AT(handlerName, where, "localStorage:handler", "Processing request (%d)\n", reqinfo->mode);
+        // The table helper has answered this one already: a column beyond
+        // the table (noSuchObject), or, in a GETNEXT, one it passes on past
+        // the table. Answering it again would turn a GETNEXT backwards.
+        if (request->processed)
+            continue;
         netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
         const Column *column = nullptr;
         for (const Column &candidate : table.columns)
