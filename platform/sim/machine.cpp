@@ -203,10 +203,17 @@ Fault readFault(const json &entry, const std::string &pointer, const Checker &ch
             fault.count = check.int32(value, field);
             check.expect(fault.call == "quel_dm_GetRowCount" || fault.call == "get_chghist_log", field,
                          "only quel_dm_GetRowCount and get_chghist_log have a count to give");
+        } else if (name == "after") {
+            fault.after = check.int32(value, field);
+            check.expect(fault.after >= 0, field, "must not be negative");
+        } else if (name == "delayMs") {
+            fault.delayMs = check.int32(value, field);
+            check.expect(fault.delayMs >= 0 && fault.delayMs <= 10000, field, "must be between 0 and 10000");
         } else {
-            check.fail(field, "unknown fault field (known: call, key, result, status, times, count)");
+            check.fail(field, "unknown fault field (known: call, key, result, status, times, count, after, delayMs)");
         }
     }
+    fault.delayOnly = fault.delayMs > 0 && !entry.contains("result") && !entry.contains("status");
     return fault;
 }
 

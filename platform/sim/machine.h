@@ -25,7 +25,10 @@ namespace orv3::sim {
 // `times` >= 0 only that many matching calls fail. A `count` is written to
 // the count out-parameter of a failing quel_dm_GetRowCount as well; for
 // get_chghist_log it is the record count the call reports instead of
-// `result`.
+// `result`. The first `after` matching calls go through untouched. A fault
+// with `delayMs` holds each call it takes that long first; one that gives
+// neither `result` nor `status` (`delayOnly`) then lets the call answer as
+// usual: a slow call, not a failing one.
 struct Fault {
     std::string call;
     std::string key;
@@ -33,6 +36,9 @@ struct Fault {
     int32_t status = 9;
     int64_t times = -1;
     std::optional<int32_t> count;
+    int64_t after = 0;
+    int32_t delayMs = 0;
+    bool delayOnly = false;
 };
 
 // An active event of the event database: its severity (enumLogServ: 2

@@ -1,5 +1,8 @@
 #include "platform.h"
 
+#include <chrono>
+#include <thread>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -80,25 +83,37 @@ std::shared_ptr<const Machine> Platform::machine()
 
 std::optional<Fault> Platform::enter(std::string_view call, std::string_view key, CallLog log)
 {
-    std::lock_guard lock(mutex_);
-    if (log == CallLog::OnEntry)
-        logCall(call, key);
-    std::shared_ptr<const Machine> machine = source_.current();
-    if (faultGeneration_ != source_.generation()) {
-        // A reloaded description starts its faults' counts afresh.
-        faultGeneration_ = source_.generation();
-        faultUses_.assign(machine->faults.size(), 0);
+    std::optional<Fault> found;
+    {
+        std::lock_guard lock(mutex_);
+        if (log == CallLog::OnEntry)
+            logCall(call, key);
+        std::shared_ptr<const Machine> machine = source_.current();
+        if (faultGeneration_ != source_.generation()) {
+            // A reloaded description starts its faults' counts afresh.
+            faultGeneration_ = source_.generation();
+            faultUses_.assign(machine->faults.size(), 0);
+            faultMatches_.assign(machine->faults.size(), 0);
+        }
+        for (size_t i = 0; i < machine->faults.size() && !found; ++i) {
+            const Fault &fault = machine->faults[i];
+            if (fault.call != call || (!fault.key.empty() && fault.key != key))
+                continue;
+            if (faultMatches_[i]++ < fault.after)
+                continue;
+            if (fault.times >= 0 && faultUses_[i] >= fault.times)
+                continue;
+            ++faultUses_[i];
+            found = fault;
+        }
     }
-    for (size_t i = 0; i < machine->faults.size(); ++i) {
-        const Fault &fault = machine->faults[i];
-        if (fault.call != call || (!fault.key.empty() && fault.key != key))
-            continue;
-        if (fault.times >= 0 && faultUses_[i] >= fault.times)
-            continue;
-        ++faultUses_[i];
-        return fault;
-    }
-    return std::nullopt;
+    // A slow call keeps the agent waiting, not the other callers of the
+    // simulator.
+    if (found && found->delayMs > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(found->delayMs));
+    if (found && found->delayOnly)
+        return std::nullopt;
+    return found;
 }
 
 // Load the description as the agent starts, so that a missing or broken

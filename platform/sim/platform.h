@@ -53,7 +53,8 @@ private:
     MachineSource source_;
     std::string callLogPath_;
     uint64_t faultGeneration_ = 0;
-    std::vector<int64_t> faultUses_;
+    std::vector<int64_t> faultUses_;    // calls each fault made fail (or slowed)
+    std::vector<int64_t> faultMatches_; // calls each fault matched, the ones it let through first included
 };
 
 // Writes `word` to a call's status out-parameter, when it has one, and
