@@ -105,6 +105,13 @@ json parseWithLines(const std::string &text, const std::string &file, LineMap &l
         std::string reason = error.what();
         auto colon = reason.find("syntax error");
         throw MachineFileError(file, errorLine, colon != std::string::npos ? reason.substr(colon) : reason);
+    } catch (const json::exception &error) {
+        // A text the parser read but could not hold, such as a number past
+        // the range of a double ("number overflow parsing '1e400'"), on the
+        // line the parser had reached.
+        std::string reason = error.what();
+        auto bracket = reason.find("] ");
+        throw MachineFileError(file, line, bracket != std::string::npos ? reason.substr(bracket + 2) : reason);
     }
 }
 

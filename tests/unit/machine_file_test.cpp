@@ -77,6 +77,11 @@ TEST(MachineFile, ReadsAdaptersAndPersistentMemoryIntoTheDatabasesRecords)
     EXPECT_EQ(machine->persistentMemory[0].record.extra_kind, 3);
 }
 
+TEST(MachineFile, ANumberPastTheRangeOfADoubleIsReportedWithItsLine)
+{
+    EXPECT_EQ(machineFileError("{\n \"description\":\n 1e400 }"), "m.json:3: number overflow parsing '1e400'");
+}
+
 TEST(MachineFile, FaultNeedsACall)
 {
     EXPECT_EQ(machineFileError("{\"faults\": [\n {\"key\": \"x\"}\n]}"),
