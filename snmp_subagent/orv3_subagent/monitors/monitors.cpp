@@ -1,11 +1,25 @@
-// The module's entry: the agent calls init_snmp_module_monitors once, after
-// loading the library, and every MIB group registers itself in a fixed order.
+// The module's entry: the agent calls init_snmp_module_monitors after loading
+// the library, and every MIB group registers itself in a fixed order.
 // A group that fails to register is only traced and stays absent. The flash
 // DIMM count group (init_flashdimm) is deliberately not in the sequence.
 #include "monitors.h"
+#include "netsnmp.h"
+
+// The module registers once for the life of the agent: nothing is ever
+// unregistered, and the library stays mapped when the agent unloads it
+// (it is linked nodelete). An agent that loads it again (dlmodStatus load
+// after unload) finds every group still registered and answering; a second
+// registration would only fail as duplicates and lose what each attempt
+// allocated.
+static bool registered = false;
 
 extern "C" void init_snmp_module_monitors(void)
 {
+    if (registered) {
+        DEBUGMSGTL(("monitors", "init_snmp_module_monitors: registered already, nothing to do\n"));
+        return;
+    }
+    registered = true;
     init_fans_scalars();
     init_fanTable();
     init_voltage();
