@@ -124,8 +124,9 @@ protected:
     }
     static void TearDownTestSuite()
     {
-        if (agent_)
+        if (agent_) {
             EXPECT_EQ(agent_->sanitizerFindings(), "");
+        }
         delete agent_;
         delete calls_;
         delete objects_;
