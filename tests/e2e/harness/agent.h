@@ -56,6 +56,8 @@ struct AgentOptions {
     std::vector<std::string> wrapper;
     // How long to wait for the agent to answer a GET of sysUpTime.
     std::chrono::milliseconds startTimeout{10000};
+    // The UDP port on 127.0.0.1 to serve; 0 picks a free one.
+    int port = 0;
 };
 
 class Agent {
