@@ -54,8 +54,11 @@ struct AgentOptions {
     // The agent executable, and a command it runs under (e.g. valgrind and its options).
     std::string executable = "/usr/sbin/snmpd";
     std::vector<std::string> wrapper;
-    // How long to wait for the agent to answer a GET of sysUpTime.
-    std::chrono::milliseconds startTimeout{10000};
+    // How long to wait for the agent to answer a GET of sysUpTime. A
+    // sanitized agent tracing every registration, on a machine busy with
+    // the suite's other agents, can take well over ten seconds; the wait
+    // only ever runs out when something is wrong.
+    std::chrono::milliseconds startTimeout{60000};
     // The UDP port on 127.0.0.1 to serve; 0 picks a free one.
     int port = 0;
 };
