@@ -68,6 +68,8 @@ int32_t updateBinding(const char *call, agent_binding_scalar_t *rec, int32_t row
     } else {
         return SNMP_ERR_GENERR;
     }
+    orv3::sim::fillWritten(rec->mib_value, rec->mib_maxsize);
+    orv3::sim::fillWritten(rec->mib_cursize);
     return SNMP_ERR_NOERROR;
 }
 
@@ -140,6 +142,7 @@ int32_t GetVarValueSTRING(int32_t, quel_dm_co_t, int32_t, int32_t, const char *p
     size_t length = std::min<size_t>(text.size(), static_cast<size_t>(size) - 1);
     memcpy(buffer, text.data(), length);
     buffer[length] = '\0';
+    orv3::sim::fillWritten(buffer, static_cast<size_t>(size));
     return orv3::sim::finish(status, 0, orv3::sim::kOk);
 }
 

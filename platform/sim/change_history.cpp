@@ -49,6 +49,7 @@ int32_t handOut(const orv3::sim::Machine &machine, change_history_record_t **rec
         copyField(record.text2, sizeof record.text2, change.text2);
         record.category = change.category;
     }
+    orv3::sim::fillWritten(array, allocated * sizeof(change_history_record_t));
     *records = array;
     return reported;
 }

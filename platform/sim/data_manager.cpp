@@ -67,6 +67,7 @@ int32_t fillHolders(const json &row, quel_dm_column_binding_t *columns)
             else if (value && !value->is_null())
                 return orv3::sim::kTypeMismatch;
             memcpy(column.holder, &number, sizeof number);
+            orv3::sim::fillWritten(column.holder, sizeof number);
         } else if (column.type == QUEL_DM_TYPE_STRING) {
             auto *holder = static_cast<quel_dm_string_holder_t *>(column.holder);
             if (!holder->buffer || holder->capacity <= 0)
@@ -82,6 +83,7 @@ int32_t fillHolders(const json &row, quel_dm_column_binding_t *columns)
             size_t length = std::min(text.size(), static_cast<size_t>(holder->capacity) - 1);
             memcpy(holder->buffer, text.data(), length);
             holder->buffer[length] = '\0';
+            orv3::sim::fillWritten(holder->buffer, static_cast<size_t>(holder->capacity));
         } else {
             return orv3::sim::kBadArgument;
         }
@@ -175,6 +177,7 @@ int32_t quel_dm_GetRowCount(const char *ns, quel_dm_co_t, int32_t, int32_t, int3
     if (!rows)
         return fail(status, 1, orv3::sim::kNoSuchNamespace);
     *count = static_cast<int32_t>(rows->size());
+    orv3::sim::fillWritten(count);
     return fail(status, 0, orv3::sim::kOk);
 }
 

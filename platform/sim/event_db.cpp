@@ -87,6 +87,7 @@ int32_t CEM_Db_GetActiveEventList(event_db_handle_t handle, event_db_active_even
     if (!set || !records)
         return 1;
     *records = set->records.get();
+    orv3::sim::fillWritten(set->records.get(), set->count * sizeof(event_db_active_event_t));
     return 0;
 }
 

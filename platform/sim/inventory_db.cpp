@@ -61,6 +61,7 @@ template <class Item> bool handOut(const std::vector<Item> &items, uint32_t &cou
         if (!block)
             return false;
         memcpy(block, items.data(), items.size() * sizeof(Item));
+        orv3::sim::fillWritten(block, items.size() * sizeof(Item));
     }
     count = static_cast<uint32_t>(items.size());
     array = block;
@@ -77,6 +78,7 @@ template <class Record, class Part> int32_t answerFunction(const char *call, uin
     if (!function)
         return kFail;
     memcpy(out, &(function->*part), sizeof(Record));
+    orv3::sim::fillWritten(out);
     return kSuccess;
 }
 
@@ -131,6 +133,7 @@ int32_t orvdb_get_AEP_memory_list(inventory_db_id_list_t *list)
         kept.ids.push_back(module.id);
     list->count = static_cast<uint32_t>(kept.ids.size());
     list->ids = kept.ids.empty() ? nullptr : kept.ids.data();
+    orv3::sim::fillWritten(kept.ids.data(), kept.ids.size() * sizeof(uint32_t));
     return kSuccess;
 }
 
@@ -144,6 +147,7 @@ int32_t orvdb_get_memory_by_id(inventory_db_memory_t *memory, uint32_t id)
     for (const auto &module : entered.machine->persistentMemory) {
         if (module.id == id) {
             memcpy(memory, &module.record, sizeof *memory);
+            orv3::sim::fillWritten(memory);
             return kSuccess;
         }
     }

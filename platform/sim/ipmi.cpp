@@ -58,6 +58,8 @@ extern "C" int32_t IPMI_DoIPMICmd(uint8_t netfn, uint8_t cmd, const uint8_t *dat
         }
         memcpy(response, reply.data(), reply.size());
         *response_length = static_cast<int32_t>(reply.size());
+        orv3::sim::fillWritten(response, reply.size());
+        orv3::sim::fillWritten(response_length);
         platform.logCall(kCall, requestText + " -> " + hexText(reply));
         return 0;
     };

@@ -216,11 +216,16 @@ Fault readFault(const json &entry, const std::string &pointer, const Checker &ch
         } else if (name == "delayMs") {
             fault.delayMs = check.int32(value, field);
             check.expect(fault.delayMs >= 0 && fault.delayMs <= 10000, field, "must be between 0 and 10000");
+        } else if (name == "fill") {
+            const int32_t byte = check.int32(value, field);
+            check.expect(byte >= 0 && byte <= 255, field, "must be a byte, between 0 and 255");
+            fault.fill = static_cast<uint8_t>(byte);
         } else {
-            check.fail(field, "unknown fault field (known: call, key, result, status, times, count, after, delayMs)");
+            check.fail(field,
+                       "unknown fault field (known: call, key, result, status, times, count, after, delayMs, fill)");
         }
     }
-    fault.delayOnly = fault.delayMs > 0 && !entry.contains("result") && !entry.contains("status");
+    fault.answersAsUsual = (fault.delayMs > 0 || fault.fill) && !entry.contains("result") && !entry.contains("status");
     return fault;
 }
 

@@ -26,9 +26,12 @@ namespace orv3::sim {
 // the count out-parameter of a failing quel_dm_GetRowCount as well; for
 // get_chghist_log it is the record count the call reports instead of
 // `result`. The first `after` matching calls go through untouched. A fault
-// with `delayMs` holds each call it takes that long first; one that gives
-// neither `result` nor `status` (`delayOnly`) then lets the call answer as
-// usual: a slow call, not a failing one.
+// with `delayMs` holds each call it takes that long first. A fault with
+// `fill` makes the call set every byte it writes for its caller to that
+// byte: zero-filled records, texts without a terminator, counts and codes
+// at the top of their width. A fault that gives neither `result` nor
+// `status` (`answersAsUsual`) lets the call answer as usual, slowly or
+// filled: a misbehaving call, not a failing one.
 struct Fault {
     std::string call;
     std::string key;
@@ -38,7 +41,8 @@ struct Fault {
     std::optional<int32_t> count;
     int64_t after = 0;
     int32_t delayMs = 0;
-    bool delayOnly = false;
+    std::optional<uint8_t> fill;
+    bool answersAsUsual = false;
 };
 
 // An active event of the event database: its severity (enumLogServ: 2

@@ -8,12 +8,16 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #ifndef ORV3_SIM_DEFAULT_MACHINE
 #define ORV3_SIM_DEFAULT_MACHINE "machines/sample.json"
 #endif
 
 namespace orv3::sim {
+
+// The fill byte of the call this thread is in, set as each call enters.
+static thread_local std::optional<uint8_t> callFill;
 
 const char *statusWordText(int32_t status)
 {
@@ -111,9 +115,16 @@ std::optional<Fault> Platform::enter(std::string_view call, std::string_view key
     // simulator.
     if (found && found->delayMs > 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(found->delayMs));
-    if (found && found->delayOnly)
+    callFill = found ? found->fill : std::nullopt;
+    if (found && found->answersAsUsual)
         return std::nullopt;
     return found;
+}
+
+void fillWritten(void *bytes, size_t size)
+{
+    if (callFill && bytes && size > 0)
+        memset(bytes, *callFill, size);
 }
 
 // Load the description as the agent starts, so that a missing or broken

@@ -57,6 +57,16 @@ private:
     std::vector<int64_t> faultMatches_; // calls each fault matched, the ones it let through first included
 };
 
+// Sets the `size` bytes a call wrote for its caller at `bytes` to the fill
+// byte of the fault the call entered with, when that fault has one. Every
+// service passes each record, text buffer and count it writes, after
+// writing it; the blocks it allocates are filled, their counts are kept.
+void fillWritten(void *bytes, size_t size);
+template <class Record> void fillWritten(Record *record)
+{
+    fillWritten(record, sizeof *record);
+}
+
 // Writes `word` to a call's status out-parameter, when it has one, and
 // returns `result`: the last step of every data-manager call.
 inline int32_t finish(int32_t *status, int32_t result, int32_t word)

@@ -51,6 +51,7 @@ int32_t answerRestore(const char *call, uint32_t length, uint8_t *response,
         response[0] = reply.completionCode;
     if (length > 1)
         response[1] = reply.value;
+    orv3::sim::fillWritten(response, length);
     return 0;
 }
 
@@ -80,6 +81,7 @@ int32_t pwrmgt_get_power_policy_setting(power_policy_setting_t *setting)
     putLittleEndian16(record, offsetof(power_policy_setting_t, min_cap_domain1), power.minCap[1]);
     putLittleEndian16(record, offsetof(power_policy_setting_t, max_cap_domain1), power.maxCap[1]);
     memcpy(setting, record, sizeof record);
+    orv3::sim::fillWritten(setting, sizeof record);
     return 0;
 }
 
@@ -98,6 +100,9 @@ int32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t *system_power,
     *system_power = described->second.systemPower;
     *max_limit = described->second.maxLimit;
     *count = described->second.count;
+    orv3::sim::fillWritten(system_power);
+    orv3::sim::fillWritten(max_limit);
+    orv3::sim::fillWritten(count);
     return 0;
 }
 
@@ -116,6 +121,7 @@ int32_t pwrmgt_get_realtime_powers(power_realtime_t *powers)
     putLittleEndian16(record, offsetof(power_realtime_t, cpu), realtime.cpu);
     putLittleEndian16(record, offsetof(power_realtime_t, memory), realtime.memory);
     memcpy(powers, record, sizeof record);
+    orv3::sim::fillWritten(powers, sizeof record);
     return realtime.result;
 }
 
@@ -140,6 +146,7 @@ int32_t pwrmgt_get_history_power(uint32_t domain, uint32_t period, power_history
         }
         memcpy(&samples[i], record, sizeof record);
     }
+    orv3::sim::fillWritten(samples, static_cast<size_t>(count) * POWER_HISTORY_SAMPLE_SIZE);
     return 0;
 }
 

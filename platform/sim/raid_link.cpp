@@ -56,6 +56,7 @@ void writeImage(void *record, size_t dataSize, const orv3::sim::RecordImage &ima
     auto *bytes = static_cast<uint8_t *>(record);
     memset(bytes, 0, dataSize);
     memcpy(bytes, image.data(), std::min(image.size(), dataSize));
+    orv3::sim::fillWritten(bytes, dataSize);
 }
 
 // A list record: the 16-bit count, then the identifiers.
@@ -67,6 +68,7 @@ void writeIdList(void *record, size_t dataSize, const std::vector<uint32_t> &ids
     const size_t room = (dataSize - 2) / 4;
     for (size_t i = 0; i < ids.size() && i < room; ++i)
         putLittleEndian(bytes, 2 + 4 * i, ids[i], 4);
+    orv3::sim::fillWritten(bytes, dataSize);
 }
 
 void writeFirmware(raid_link_fw_info_t *fw, const std::vector<orv3::sim::RecordImage> &components,
@@ -79,6 +81,7 @@ void writeFirmware(raid_link_fw_info_t *fw, const std::vector<orv3::sim::RecordI
     for (size_t i = 0; i < components.size() && i < RAID_LINK_MAX_FW_COMPONENTS; ++i)
         memcpy(bytes + offsetof(raid_link_fw_info_t, components) + i * RAID_LINK_FW_COMPONENT_SIZE,
                components[i].data(), std::min<size_t>(components[i].size(), RAID_LINK_FW_COMPONENT_SIZE));
+    orv3::sim::fillWritten(bytes, dataSize);
 }
 
 constexpr int32_t kFail = RAIDLINK_STATUS_FAIL;
@@ -97,6 +100,7 @@ int32_t agentless_get_supported_status(uint8_t *supported, uint32_t feature)
     auto machine = Platform::instance().machine();
     auto found = machine->features.find(feature);
     *supported = found == machine->features.end() ? 0 : found->second;
+    orv3::sim::fillWritten(supported);
     return 0;
 }
 
@@ -163,6 +167,7 @@ int32_t raidlink_get_ctrl_port_info(raid_link_ctrl_port_t *ports)
         putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_low), controller->ports[i] & 0xffffffffu, 4);
         putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_high), controller->ports[i] >> 32, 4);
     }
+    orv3::sim::fillWritten(bytes, RAID_LINK_CTRL_PORT_DATA_SIZE);
     return kSuccess;
 }
 

@@ -41,6 +41,8 @@ int32_t sm_session_get_type_info(uint32_t *selector, int32_t *count, int32_t *id
     for (size_t i = 0; i < filled; ++i)
         ids[i] = machine->sessions[i].id;
     *count = static_cast<int32_t>(filled);
+    orv3::sim::fillWritten(ids, filled * sizeof *ids);
+    orv3::sim::fillWritten(count);
     return 0;
 }
 
@@ -62,6 +64,7 @@ int32_t sm_session_get_info(int32_t id, session_manager_info_t *info)
     copyField(info->access, sizeof info->access, session->access);
     copyField(info->user_name, sizeof info->user_name, session->user);
     copyField(info->ip_address, sizeof info->ip_address, session->address);
+    orv3::sim::fillWritten(info);
     return 1;
 }
 

@@ -1,10 +1,9 @@
 // Platform faults by class, against every platform call the module makes
 // while it serves the sample machine: each call failing always, failing once
-// after it has worked, "succeeding" without writing anything, and answering
-// slowly; then the clock going backwards, rows changing in the middle of a
-// walk, and a store full of extreme numbers and overlong texts. Whatever the
-// platform does, every walk of the subtree completes in ascending order,
-// the agent keeps answering, and the sanitized build reports nothing.
+// after it has worked, "succeeding" without writing anything, answering
+// slowly, and answering with every byte it writes set to one value; then the clock going backwards, rows changing in
+// the middle of a walk, and a store full of extreme numbers and overlong texts. Whatever the platform does, every walk
+// of the subtree completes in ascending order, the agent keeps answering, and the sanitized build reports nothing.
 #include "fan_machines.h"
 
 #include <gtest/gtest.h>
@@ -194,6 +193,12 @@ const FaultClass kFaultClasses[] = {
     {"fails once, on its second call", {{"result", 1}, {"status", 9}, {"after", 1}, {"times", 1}}},
     {"succeeds without writing anything", {{"result", 0}, {"status", 0}}},
     {"answers slowly", {{"delayMs", 100}, {"times", 1}}},
+    // Records, texts and counts the call writes, all of one byte: zero-filled
+    // records; texts without a terminator, counts past the arrays they
+    // describe and codes out of range (-1, 0xFF, "AAAA", 0x41414141).
+    {"answers with every byte it writes zero", {{"fill", 0}}},
+    {"answers with every byte it writes 0xFF", {{"fill", 255}}},
+    {"answers with every byte it writes A", {{"fill", 0x41}}},
 };
 
 TEST_P(PlatformFaults, OnEveryCallLeavesTheSubtreeServed)
@@ -273,6 +278,20 @@ TEST_F(PlatformFaults, RowsChangingInTheMiddleOfAWalkKeepItAscending)
     }
     EXPECT_LT(steps, 5000u) << "the walk ends";
     EXPECT_GT(steps, 400u);
+}
+
+TEST_F(PlatformFaults, AFilledRowIsServedUnderItsFilledIndexCutToItsColumn)
+{
+    // The first fan row's holders all "A": index 0x41414141, and a
+    // description that fills its holder without a terminator.
+    serveWithFaults(
+        nlohmann::json::array({{{"call", "quel_dm_GetFirstRow"}, {"key", kFanStoreTable}, {"fill", 0x41}}}));
+    Response descr = agent_->client().get({oidJoin(kFanTable, {1, 2, 0x41414141})});
+    ASSERT_TRUE(descr.ok()) << descr;
+    ASSERT_EQ(descr.varbinds.size(), 1u);
+    EXPECT_EQ(descr.varbinds[0].type, ASN_OCTET_STR);
+    EXPECT_EQ(descr.varbinds[0].octets, std::string(30, 'A'));
+    expectServed("a filled first fan row");
 }
 
 // Every number of the store at an extreme of 32 bits and every text four

@@ -62,6 +62,24 @@ TEST(SimFaults, ADelayWithAResultIsASlowFailure)
     EXPECT_EQ(supported, 0xEE);
 }
 
+TEST(SimFaults, AFillAloneLetsTheCallAnswerWithEveryByteItWritesSetToTheFill)
+{
+    ServedMachine served(featureMachine(R"({"call": "agentless_get_supported_status", "fill": 65, "times": 1})"));
+    uint8_t supported = 0;
+    EXPECT_EQ(askForPciInventory(supported), 0);
+    EXPECT_EQ(supported, 0x41);
+    EXPECT_EQ(askForPciInventory(supported), 0);
+    EXPECT_EQ(supported, 1) << "times bounds the fills";
+}
+
+TEST(SimFaults, AFillWithAResultIsAFailureThatWritesNothing)
+{
+    ServedMachine served(featureMachine(R"({"call": "agentless_get_supported_status", "fill": 255, "result": 4})"));
+    uint8_t supported = 0;
+    EXPECT_EQ(askForPciInventory(supported), 4);
+    EXPECT_EQ(supported, 0xEE);
+}
+
 TEST(SimFaults, NegativeCountsAndLongDelaysAreRefusedWithTheirLine)
 {
     EXPECT_NE(
@@ -69,6 +87,9 @@ TEST(SimFaults, NegativeCountsAndLongDelaysAreRefusedWithTheirLine)
         std::string::npos);
     EXPECT_NE(machineFileError(featureMachine(R"({"call": "x", "delayMs": 10001})"))
                   .find("/faults/0/delayMs: must be between 0 and 10000"),
+              std::string::npos);
+    EXPECT_NE(machineFileError(featureMachine(R"({"call": "x", "fill": 256})"))
+                  .find("/faults/0/fill: must be a byte, between 0 and 255"),
               std::string::npos);
 }
 
