@@ -3,6 +3,7 @@
 // machine answered, and one agent serving that machine per test suite.
 #pragma once
 
+#include "fan_machines.h"
 #include "harness/agent.h"
 #include "harness/oids.h"
 
@@ -24,9 +25,6 @@
 #endif
 
 namespace orv3::test {
-
-// fanNumber: asked after every bad request to show that the agent still answers.
-inline const std::string kFanNumber = oidJoin(kMonitorsRoot, {3, 1, 0});
 
 struct MibScalar {
     std::string name;

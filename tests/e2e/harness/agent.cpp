@@ -1,4 +1,5 @@
 #include "harness/agent.h"
+#include "harness/oids.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -303,7 +304,7 @@ void Agent::start()
     std::string conf = "rocommunity public 127.0.0.1\n"
                        "rwcommunity private 127.0.0.1\n"
                        "dontLogTCPWrappersConnects yes\n";
-    if (!options_.bareAgent)
+    if (!options_.bareAgent && options_.agentxSocket.empty())
         conf += std::string("dlmod snmp_module_monitors ") + ORV3_MODULE_PATH + "\n";
     for (const auto &l : options_.extraConfig)
         conf += l + "\n";
@@ -333,11 +334,16 @@ void Agent::start()
 
 bool Agent::spawn(std::string &error)
 {
+    const bool subagent = !options_.agentxSocket.empty();
     std::vector<std::string> args = options_.wrapper;
-    args.insert(args.end(), {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"});
+    if (subagent)
+        args.insert(args.end(), {ORV3_AGENTX_PATH, "-x", options_.agentxSocket, "-M", ORV3_MODULE_PATH, "-Lo"});
+    else
+        args.insert(args.end(), {options_.executable, "-f", "-C", "-c", dir_ + "/snmpd.conf", "-Lo"});
     if (!options_.debugTokens.empty())
         args.push_back("-D" + options_.debugTokens);
-    args.push_back("udp:127.0.0.1:" + std::to_string(port_));
+    if (!subagent)
+        args.push_back("udp:127.0.0.1:" + std::to_string(port_));
 
     std::map<std::string, std::string> env;
     for (char **e = environ; e && *e; ++e) {
@@ -436,8 +442,12 @@ bool Agent::spawn(std::string &error)
             error = "snmpd " + describeExit() + " during start-up";
             return false;
         }
-        Response r = probe.get({"1.3.6.1.2.1.1.3.0"});
-        if (r.ok() && r.varbinds.size() == 1 && r.varbinds[0].type == ASN_TIMETICKS) {
+        // A subagent is ready once its master answers for the module.
+        Response r = subagent ? probe.getNext({kMonitorsRoot}) : probe.get({"1.3.6.1.2.1.1.3.0"});
+        const bool answered = r.ok() && r.varbinds.size() == 1 &&
+                              (subagent ? r.varbinds[0].oid.rfind(std::string(kMonitorsRoot) + ".", 0) == 0
+                                        : r.varbinds[0].type == ASN_TIMETICKS);
+        if (answered) {
             // snmpd carries on without a module it could not load, and the dynamic loader
             // only warns about a preload library it cannot find: make both fatal here.
             if (!options_.bareAgent) {
@@ -458,7 +468,9 @@ bool Agent::spawn(std::string &error)
             return true;
         }
         if (Clock::now() >= deadline) {
-            error = "no answer to GET sysUpTime within " + std::to_string(options_.startTimeout.count()) + " ms";
+            error =
+                std::string(subagent ? "no answer for the module through the master" : "no answer to GET sysUpTime") +
+                " within " + std::to_string(options_.startTimeout.count()) + " ms";
             if (!r.ok())
                 error += ", last probe: " + r.toString();
             return false;
@@ -723,6 +735,49 @@ void Agent::removeMachine()
     std::string keep = dir_ + "/.machine.prev." + std::to_string(++writeCounter_);
     ::link(machinePath().c_str(), keep.c_str());
     ::unlink(machinePath().c_str());
+}
+
+// ---------------------------------------------------------------------------
+
+namespace {
+
+AgentOptions masterOptions(const std::string &socketDir)
+{
+    AgentOptions options;
+    options.bareAgent = true;
+    options.extraConfig = {"master agentx", "agentXSocket unix:" + socketDir + "/master"};
+    return options;
+}
+
+AgentOptions subagentOf(AgentOptions options, const std::string &socketDir, int masterPort)
+{
+    options.agentxSocket = "unix:" + socketDir + "/master";
+    options.port = masterPort;
+    return options;
+}
+
+std::string makeSocketDir()
+{
+    char tmpl[] = "/tmp/orv3-agentx-XXXXXX";
+    if (!::mkdtemp(tmpl))
+        throw std::runtime_error(std::string("mkdtemp: ") + std::strerror(errno));
+    return tmpl;
+}
+
+} // namespace
+
+AgentXPair::AgentXPair(AgentOptions subagentOptions)
+    : socketDir_(makeSocketDir()), master(masterOptions(socketDir_)),
+      subagent(subagentOf(std::move(subagentOptions), socketDir_, master.port()))
+{
+}
+
+AgentXPair::~AgentXPair()
+{
+    subagent.stop();
+    master.stop();
+    std::error_code ec;
+    fs::remove_all(socketDir_, ec);
 }
 
 } // namespace orv3::test

@@ -19,6 +19,9 @@
 #ifndef ORV3_SIM_PATH
 #define ORV3_SIM_PATH "liborv3_platform_sim.so"
 #endif
+#ifndef ORV3_AGENTX_PATH
+#define ORV3_AGENTX_PATH "orv3-monitors-agentx"
+#endif
 #ifndef ORV3_SOURCE_DIR
 #define ORV3_SOURCE_DIR "."
 #endif
@@ -61,6 +64,11 @@ struct AgentOptions {
     std::chrono::milliseconds startTimeout{60000};
     // The UDP port on 127.0.0.1 to serve; 0 picks a free one.
     int port = 0;
+    // The AgentX socket of a master agent (e.g. "unix:/tmp/x/master"): the
+    // module is then served by orv3-monitors-agentx as that master's
+    // subagent, instead of by snmpd through dlmod, and `port` is the
+    // master's, which the clients ask. See AgentXPair.
+    std::string agentxSocket;
 };
 
 class Agent {
@@ -150,6 +158,25 @@ private:
     std::string findings_;
     unsigned long writeCounter_ = 0;
     long lastMachineMtime_ = 0;
+};
+
+// A master snmpd with AgentX and the module served to it by
+// orv3-monitors-agentx: `subagent` is the module's process (its output,
+// call log, clock, machine file and sanitizer reports), and its clients
+// ask the master, as a manager would.
+class AgentXPair {
+public:
+    explicit AgentXPair(AgentOptions subagentOptions = {});
+    ~AgentXPair();
+    AgentXPair(const AgentXPair &) = delete;
+    AgentXPair &operator=(const AgentXPair &) = delete;
+
+private:
+    std::string socketDir_; // holds the master's AgentX socket
+
+public:
+    Agent master;
+    Agent subagent;
 };
 
 // Picks a currently free UDP port on 127.0.0.1 (bind to port 0, read it, close).
