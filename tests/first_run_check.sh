@@ -17,9 +17,11 @@ set -euo pipefail
 base_dir=$1
 root=$(cd "$2" && pwd)
 e2e=$3
-# One end-to-end test of the module's answers and the MIB cross-check, which
-# also loads the MIB through the client library.
+# One end-to-end test of the module's answers, the MIB cross-check, which
+# also loads the MIB through the client library, and one scrape through the
+# Prometheus SNMP exporter, whose configuration generator loads the MIB too.
 e2e_filter='FanNumber.IsAnIntegerEqualToTheStoresFanCount:MibCrossCheck.*'
+e2e_filter+=':PrometheusExporter.LabelsEveryRowWithItsNameAndServesTheMachinesValues'
 state=/var/lib/snmp
 
 if [ -z "${ORV3_FIRST_RUN_NAMESPACE:-}" ]; then

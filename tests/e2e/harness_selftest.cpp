@@ -15,6 +15,7 @@
 
 #include "harness/agent.h"
 #include "harness/oids.h"
+#include "harness/prometheus_text.h"
 #include "harness/snmp_client.h"
 
 namespace orv3::test {
@@ -94,6 +95,41 @@ TEST(HarnessClient, TimesOutWithoutAgent)
     EXPECT_FALSE(r.ok());
     EXPECT_TRUE(r.varbinds.empty());
     EXPECT_THROW(c.get({"not.an.oid"}), std::invalid_argument);
+}
+
+// --- Prometheus exposition format ---------------------------------------------
+
+TEST(HarnessPrometheusText, ReadsNamesLabelsEscapesAndValues)
+{
+    std::vector<Sample> samples =
+        parseExposition("# HELP fanNumber The number of fans\n"
+                        "# TYPE fanNumber gauge\n"
+                        "fanNumber 8\n"
+                        "\n"
+                        "fanCritLimitLow{fanDescr=\"Fan \\\"7\\\" \\\\ rear\\n\",fanIndex=\"7\"} "
+                        "4.294967295e+09\n"
+                        "empty{} -1.5\n");
+    ASSERT_EQ(samples.size(), 3u);
+    EXPECT_EQ(samples[0].name, "fanNumber");
+    EXPECT_TRUE(samples[0].labels.empty());
+    EXPECT_EQ(samples[0].value, 8);
+    EXPECT_EQ(samples[1].name, "fanCritLimitLow");
+    EXPECT_EQ(samples[1].labels,
+              (std::map<std::string, std::string>{{"fanDescr", "Fan \"7\" \\ rear\n"}, {"fanIndex", "7"}}));
+    EXPECT_EQ(samples[1].value, 4294967295.0);
+    EXPECT_EQ(formatSample(samples[1]),
+              "fanCritLimitLow{fanDescr=\"Fan \\\"7\\\" \\\\ rear\\n\",fanIndex=\"7\"} 4294967295");
+    EXPECT_EQ(samples[2].name, "empty");
+    EXPECT_EQ(samples[2].value, -1.5);
+}
+
+TEST(HarnessPrometheusText, RejectsWhatIsNotASample)
+{
+    EXPECT_THROW(parseExposition("fanNumber\n"), std::invalid_argument);
+    EXPECT_THROW(parseExposition("fanNumber eight\n"), std::invalid_argument);
+    EXPECT_THROW(parseExposition("fan{a=\"1\" 1\n"), std::invalid_argument);
+    EXPECT_THROW(parseExposition("fan{a=\"1\",a=\"2\"} 1\n"), std::invalid_argument);
+    EXPECT_THROW(parseExposition("fan{a=\"\\x\"} 1\n"), std::invalid_argument);
 }
 
 // --- Plain snmpd -------------------------------------------------------------
