@@ -85,6 +85,14 @@ std::shared_ptr<const Machine> Platform::machine()
     return source_.current();
 }
 
+void Platform::serveFile(const std::string &path)
+{
+    MachineSource replacement(path);
+    replacement.loadOrThrow();
+    std::lock_guard lock(mutex_);
+    source_ = std::move(replacement);
+}
+
 std::optional<Fault> Platform::enter(std::string_view call, std::string_view key, CallLog log)
 {
     std::optional<Fault> found;

@@ -42,6 +42,12 @@ public:
     void logCall(std::string_view call, std::string_view text);
     std::shared_ptr<const Machine> machine();
     const std::string &machinePath() const { return source_.path(); }
+    // Serves the description in `path` from now on, in place of the one
+    // ORV3_SIM_MACHINE named as the process started: for a program that
+    // carries the simulator and makes its own description first (the unit
+    // tests, the benchmarks), without running itself again. Throws
+    // MachineFileError, serving the old one still, when it cannot be used.
+    void serveFile(const std::string &path);
 
     Platform(const Platform &) = delete;
     Platform &operator=(const Platform &) = delete;

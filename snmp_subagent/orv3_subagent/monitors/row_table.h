@@ -175,10 +175,20 @@ int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp
 // exactly as they go on the wire. Built any wider (a negative index sign-
 // extended into a 64-bit arc), the agent would order and compare the row
 // by an arc no manager can send back, and a GETNEXT from the wire's arc
-// would answer that same OID again.
-inline long indexArc(const orv3_row_head_t *row)
+// would answer that same OID again. Rows are ordered by this arc.
+inline uint32_t indexArc(const orv3_row_head_t *row)
 {
-    return static_cast<long>(static_cast<uint32_t>(row->index));
+    return static_cast<uint32_t>(row->index);
+}
+
+// The INTEGER the iterator's index varbind holds for a row, from which the
+// agent builds the arc (an oid, unsigned long). Where long has 64 bits the
+// arc fits as it is; where it has 32 (the controller's ARM) the arc above
+// 2^31 - 1 is held as its negative twin, which the agent turns back into
+// the same unsigned arc.
+inline long indexInteger(const orv3_row_head_t *row)
+{
+    return static_cast<long>(static_cast<oid>(indexArc(row)));
 }
 
 // The iterator's get-next step over a row list. A walk steps through about
@@ -191,9 +201,9 @@ inline netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataConte
         return nullptr;
     if (index->type == ASN_INTEGER && index->val.integer == reinterpret_cast<long *>(index->buf) &&
         index->val_len == sizeof(long))
-        *index->val.integer = indexArc(row);
+        *index->val.integer = indexInteger(row);
     else
-        snmp_set_var_typed_integer(index, ASN_INTEGER, indexArc(row));
+        snmp_set_var_typed_integer(index, ASN_INTEGER, indexInteger(row));
     *dataContext = row;
     *loopContext = row->next;
     return index;
