@@ -51,7 +51,7 @@ env "${env_args[@]}" SNMP_PERSISTENT_DIR="$root/persist" SNMPCONFPATH="$root/con
 agent=$!
 
 ask() {
-    SNMPCONFPATH="$root/conf" HOME="$root/home" snmpget -v2c -c public -t 1 -r 0 \
+    SNMP_PERSISTENT_DIR="$root/persist" SNMPCONFPATH="$root/conf" HOME="$root/home" snmpget -v2c -c public -t 1 -r 0 \
         -M "$(inside /usr/share/snmp/mibs):$ORV3_BASE_MIBS" -m ORV3-MONITORS-MIB "127.0.0.1:$port" "$@" 2>&1
 }
 answer=
