@@ -38,6 +38,11 @@ ensure_packages() {
     return 0
 }
 
+# A UDP port on 127.0.0.1 that is free now (bound to port 0, read, closed).
+free_udp_port() {
+    python3 -c 'import socket; s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+}
+
 # snmpwalk, snmpget, snmptable ... options that load the project's MIB.
 mib_options() {
     printf '%s\n' -M "$ORV3_ROOT/mibs:$ORV3_BASE_MIBS" -m ORV3-MONITORS-MIB

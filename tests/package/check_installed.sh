@@ -40,7 +40,7 @@ done < <(sed -n 's/^Environment=//p' "$dropin")
 [ ${#env_args[@]} -eq 2 ] || die "the drop-in should set LD_PRELOAD and ORV3_SIM_MACHINE: ${env_args[*]}"
 
 mkdir -p "$root/persist" "$root/conf" "$root/home"
-port=$(python3 -c 'import socket; s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+port=$(free_udp_port)
 {
     echo "rocommunity public 127.0.0.1"
     sed "s|$module|$(inside "$module")|" "$snippet"
