@@ -704,8 +704,34 @@ void Agent::clearClock()
     std::this_thread::sleep_for(kClockSettle);
 }
 
+// With ORV3_E2E_MACHINES naming a directory, every machine an agent serves
+// (with the platform-variant environment it is served under) is kept there,
+// one file per distinct content, so that scripts/compare-answers can replay
+// the suite's machines against two builds of the module.
+static void collectMachine(const std::string &json, const std::map<std::string, std::string> &env)
+{
+    const char *dir = std::getenv("ORV3_E2E_MACHINES");
+    if (!dir || !*dir)
+        return;
+    std::string variant;
+    for (const char *name : {"ORV_FAMILY", "ORV_CODENAME", "PLATFLAGS"})
+        if (auto it = env.find(name); it != env.end())
+            variant += std::string(name) + "=" + it->second + "\n";
+    const size_t key = std::hash<std::string>{}(variant + json);
+    char name[32];
+    std::snprintf(name, sizeof name, "%016zx", key);
+    const std::string base = std::string(dir) + "/" + name;
+    if (fs::exists(base + ".json"))
+        return;
+    writeFile(base + ".env.tmp", variant);
+    writeFile(base + ".json.tmp", json);
+    ::rename((base + ".env.tmp").c_str(), (base + ".env").c_str());
+    ::rename((base + ".json.tmp").c_str(), (base + ".json").c_str());
+}
+
 void Agent::replaceMachine(const std::string &json)
 {
+    collectMachine(json, options_.env);
     const std::string path = machinePath();
     std::string tmp = path + ".tmp." + std::to_string(++writeCounter_);
     writeFile(tmp, json);
