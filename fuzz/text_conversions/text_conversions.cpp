@@ -6,7 +6,7 @@
 // input (see platform_bytes.h).
 #include "platform_bytes.h"
 
-#include "adapter_table.h"
+#include "adapter_rows.h"
 #include "adapters.h"
 #include "inventory.h"
 #include "persistent_memory.h"

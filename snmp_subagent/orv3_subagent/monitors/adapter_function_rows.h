@@ -25,7 +25,7 @@ template <class Row> using FunctionFill = AdapterFill<FunctionSource, Row>;
 // `mask` keeps, numbered from 1 in list order. A class list that cannot be
 // built, or a row that fails outright, ends the load with ADAPTERS_FAILED.
 template <class Row>
-uint32_t loadFunctionRows(const AdapterTable &table, RowList &rows, uint32_t (*list)(inventory_db_func_key_list_t *),
+uint32_t loadFunctionRows(Table &table, uint32_t (*list)(inventory_db_func_key_list_t *),
                           uint32_t mask, std::span<const FunctionFill<Row>> fills);
 
 // Where each column of a function row comes from.
@@ -189,7 +189,7 @@ template <class Row> uint32_t slotDesignation(const char *, const FunctionSource
 namespace orv3 {
 
 template <class Row>
-uint32_t loadFunctionRows(const AdapterTable &table, RowList &rows, uint32_t (*list)(inventory_db_func_key_list_t *),
+uint32_t loadFunctionRows(Table &table, uint32_t (*list)(inventory_db_func_key_list_t *),
                           uint32_t mask, std::span<const FunctionFill<Row>> fills)
 {
     inventory_db_func_key_list_t functions = {};
@@ -210,7 +210,7 @@ uint32_t loadFunctionRows(const AdapterTable &table, RowList &rows, uint32_t (*l
         memset(&misc, 0, sizeof misc);
         if (get_pci_func_info(&func, &pci, &vpd, &misc) == ADAPTERS_FAILED)
             return ADAPTERS_FAILED;
-        const uint32_t made = addAdapterRow(table, rows, index++, fills, FunctionSource{func, pci, vpd, misc});
+        const uint32_t made = addAdapterRow(table, index++, fills, FunctionSource{func, pci, vpd, misc});
         if (made == ADAPTERS_FAILED)
             return ADAPTERS_FAILED;
         if (made == ADAPTERS_PARTIAL)

@@ -3,7 +3,7 @@
 // INTEGER as a 32-bit value, a text as a 256-byte buffer with its length.
 #pragma once
 
-#include "adapter_table.h"
+#include "adapter_rows.h"
 
 extern "C" {
 
@@ -135,10 +135,50 @@ typedef struct adapterRAIDFunctionTable_entry {
 
 } // extern "C"
 
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterGenericTable, adapterGenericTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterFirmwareTable, adapterFirmwareTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterNetworkFunctionTable, adapterNetworkFunctionTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterNetworkPortTable, adapterNetworkPortTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterGPUFunctionTable, adapterGPUFunctionTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterGPUChipTable, adapterGPUChipTable_entry_t)
-ORV3_ADAPTER_TABLE_DECLARATIONS(adapterRAIDFunctionTable, adapterRAIDFunctionTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterGenericTable, adapterGenericTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterFirmwareTable, adapterFirmwareTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterNetworkFunctionTable, adapterNetworkFunctionTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterNetworkPortTable, adapterNetworkPortTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterGPUFunctionTable, adapterGPUFunctionTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterGPUChipTable, adapterGPUChipTable_entry_t)
+ORV3_TABLE_DECLARATIONS(adapterRAIDFunctionTable, adapterRAIDFunctionTable_entry_t)
+
+extern "C" {
+int adapterGenericTable_loadData(void);
+int adapterFirmwareTable_loadData(void);
+int adapterNetworkFunctionTable_loadData(void);
+int adapterNetworkPortTable_loadData(void);
+int adapterGPUFunctionTable_loadData(void);
+int adapterGPUChipTable_loadData(void);
+int adapterRAIDFunctionTable_loadData(void);
+}
+
+// Where each table hangs below the adapters group (.14) and its last
+// column, read by the group's registration array and the tables' descriptors.
+inline constexpr oid adapterGenericTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 2};
+inline constexpr unsigned adapterGenericTable_lastColumn = 5;
+inline constexpr oid adapterNetworkFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 3};
+inline constexpr unsigned adapterNetworkFunctionTable_lastColumn = 26;
+inline constexpr oid adapterNetworkPortTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 4};
+inline constexpr unsigned adapterNetworkPortTable_lastColumn = 21;
+inline constexpr oid adapterGPUFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 5};
+inline constexpr unsigned adapterGPUFunctionTable_lastColumn = 26;
+inline constexpr oid adapterGPUChipTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 6};
+inline constexpr unsigned adapterGPUChipTable_lastColumn = 17;
+inline constexpr oid adapterRAIDFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 7};
+inline constexpr unsigned adapterRAIDFunctionTable_lastColumn = 23;
+inline constexpr oid adapterFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 8};
+inline constexpr unsigned adapterFirmwareTable_lastColumn = 9;
+
+namespace orv3 {
+
+// How every adapter table is served: rows rebuilt at most once in 5
+// seconds, from nothing, and only while the platform offers the PCI adapter
+// inventory (without it the table is empty); a load that fails outright
+// leaves no rows. GET only, the entry traced by its "trace" line alone.
+inline constexpr RefreshRule kAdapterCache = {RefreshRule::FixedPeriod, 5};
+inline constexpr HandlerPolicy kAdapterHandler = getOnlyHandler(HandlerPolicy::EntryTrace::HeaderOnly);
+extern const SupportGate kPciInventoryGate;
+static_assert(ADAPTERS_FAILED == kLoadFailedOutright);
+
+} // namespace orv3

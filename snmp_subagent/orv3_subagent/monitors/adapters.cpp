@@ -18,14 +18,6 @@
 
 namespace {
 
-const oid adapterGenericTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 2};
-const oid adapterNetworkFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 3};
-const oid adapterNetworkPortTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 4};
-const oid adapterGPUFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 5};
-const oid adapterGPUChipTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 6};
-const oid adapterRAIDFunctionTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 7};
-const oid adapterFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 14, 8};
-
 // The type texts by code; codes past the end read "Other".
 const char *const kFuncTypeTexts[] = {
     "RAID", "Ethernet", "Fibre Channel", "InfiniBand", "GPU", "SCSI", "SAS", "Other", "Mass Storage", "Network",
@@ -44,26 +36,27 @@ struct AdapterFunctions {
 
 } // namespace
 
-#define ORV3_ADAPTER_TABLE(T, maxColumn)                                                                               \
+#define ORV3_ADAPTER_TABLE(T)                                                                                          \
     {                                                                                                                  \
-        T##_oid, OID_LENGTH(T##_oid), #T, 1, maxColumn, T##_handler, T##_get_first_data_point, T##_get_next_data_point \
+        T##_oid, OID_LENGTH(T##_oid), #T, 1, T##_lastColumn, T##_handler, T##_get_first_data_point,                    \
+            T##_get_next_data_point                                                                                    \
     }
 
 extern "C" {
 
 const adapter_table_registration_t adapter_tables[] = {
-    ORV3_ADAPTER_TABLE(adapterGenericTable, 5),      ORV3_ADAPTER_TABLE(adapterNetworkFunctionTable, 26),
-    ORV3_ADAPTER_TABLE(adapterNetworkPortTable, 21), ORV3_ADAPTER_TABLE(adapterGPUFunctionTable, 26),
-    ORV3_ADAPTER_TABLE(adapterGPUChipTable, 17),     ORV3_ADAPTER_TABLE(adapterRAIDFunctionTable, 23),
-    ORV3_ADAPTER_TABLE(adapterFirmwareTable, 9),     {},
+    ORV3_ADAPTER_TABLE(adapterGenericTable),      ORV3_ADAPTER_TABLE(adapterNetworkFunctionTable),
+    ORV3_ADAPTER_TABLE(adapterNetworkPortTable), ORV3_ADAPTER_TABLE(adapterGPUFunctionTable),
+    ORV3_ADAPTER_TABLE(adapterGPUChipTable),     ORV3_ADAPTER_TABLE(adapterRAIDFunctionTable),
+    ORV3_ADAPTER_TABLE(adapterFirmwareTable),     {},
 };
 
 int init_adapters(void)
 {
     DEBUGMSGTL(("adapters:init", "initializing tables\n"));
     for (const adapter_table_registration_t *table = adapter_tables; table->table_oid; ++table) {
-        const orv3::TableInfo info = {table->name, table->table_oid, table->oid_len, table->max_column, {}, {}};
-        orv3::registerTable(info, table->handler, table->get_first_data_point, table->get_next_data_point);
+        orv3::registerIterator(table->name, table->table_oid, table->oid_len, table->max_column, table->handler,
+                               table->get_first_data_point, table->get_next_data_point);
     }
     return 0;
 }
@@ -352,5 +345,19 @@ size_t trimInto(char *dst, size_t dstSize, const char *src, size_t srcCapacity)
     dst[length] = '\0';
     return length;
 }
+
+} // namespace orv3
+
+namespace orv3 {
+
+const SupportGate kPciInventoryGate = {
+    .offered =
+        [] {
+            uint32_t supported = 0;
+            return check_support_pci(&supported) == ADAPTERS_OK && supported != 0;
+        },
+    .withdrawnLog = nullptr,
+    .releasedLog = nullptr,
+};
 
 } // namespace orv3

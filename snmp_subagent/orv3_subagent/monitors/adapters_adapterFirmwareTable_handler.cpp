@@ -18,9 +18,6 @@ struct FirmwareSource {
 };
 using Fill = orv3::AdapterFill<FirmwareSource, Row>;
 
-orv3::RowList adapterFirmwareTable_rows(adapterFirmwareTable_head);
-int32_t adapterFirmwareTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, adapterFwCardName),
@@ -33,7 +30,22 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(9, Row, adapterFwSoftwareID),
 };
 
-const orv3::AdapterTable adapterFirmwareTable_table = {"adapterFirmwareTable", 9, kColumns};
+orv3::TableOf<adapterFirmwareTable_entry_t> adapterFirmwareTable_table = {{
+    .name = "adapterFirmwareTable",
+    .rootOid = adapterFirmwareTable_oid,
+    .rootOidLength = OID_LENGTH(adapterFirmwareTable_oid),
+    .maxColumn = adapterFirmwareTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterFirmwareTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterFirmwareTable_head),
+}};
 
 // Every column is a firmware text, trimmed.
 template <orv3_text256_t Row::*column, auto field>
@@ -82,7 +94,7 @@ uint32_t adapterFirmwareTable_addRow_byFunc(uint32_t funcKey, int32_t &index)
     uint32_t result = ADAPTERS_OK;
     for (uint32_t f = 0; f < list.count; ++f) {
         const uint32_t made =
-            orv3::addAdapterRow(adapterFirmwareTable_table, adapterFirmwareTable_rows, index++,
+            orv3::addAdapterRow(adapterFirmwareTable_table, index++,
                                 std::span<const Fill>(kFills), FirmwareSource{cardName, list.firmware[f]});
         if (made == ADAPTERS_FAILED)
             return ADAPTERS_FAILED;
@@ -114,7 +126,7 @@ uint32_t adapterFirmwareTable_addRow_byAdapter(const inventory_db_adapter_t &ada
 
 } // namespace
 
-extern "C" uint32_t adapterFirmwareTable_loadData(void)
+extern "C" int adapterFirmwareTable_loadData(void)
 {
     uint32_t count = 0;
     inventory_db_adapter_t *adapters = nullptr;
@@ -139,4 +151,4 @@ extern "C" uint32_t adapterFirmwareTable_loadData(void)
     return result;
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterFirmwareTable, adapterFirmwareTable_entry_t)
+ORV3_TABLE(adapterFirmwareTable, adapterFirmwareTable_table)

@@ -17,9 +17,6 @@ struct ChipSource {
 };
 using Fill = orv3::AdapterFill<ChipSource, Row>;
 
-orv3::RowList adapterGPUChipTable_rows(adapterGPUChipTable_head);
-int32_t adapterGPUChipTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, gpuVPDProdName),
@@ -40,7 +37,22 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(17, Row, chipUniqueID),
 };
 
-const orv3::AdapterTable adapterGPUChipTable_table = {"adapterGPUChipTable", 17, kColumns};
+orv3::TableOf<adapterGPUChipTable_entry_t> adapterGPUChipTable_table = {{
+    .name = "adapterGPUChipTable",
+    .rootOid = adapterGPUChipTable_oid,
+    .rootOidLength = OID_LENGTH(adapterGPUChipTable_oid),
+    .maxColumn = adapterGPUChipTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterGPUChipTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterGPUChipTable_head),
+}};
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillChipText(const char *, const ChipSource &source, Row &row)
@@ -89,7 +101,7 @@ const Fill kFills[] = {
 
 } // namespace
 
-extern "C" uint32_t adapterGPUChipTable_loadData(void)
+extern "C" int adapterGPUChipTable_loadData(void)
 {
     inventory_db_func_key_list_t functions = {};
     if (get_pci_gpu_funckey_list(&functions) == ADAPTERS_FAILED)
@@ -109,7 +121,7 @@ extern "C" uint32_t adapterGPUChipTable_loadData(void)
         }
         const std::unique_ptr<Chip, decltype(&free)> ownedChips(chips.chips, free);
         for (uint32_t c = 0; c < chips.count && chips.chips; ++c) {
-            const uint32_t made = orv3::addAdapterRow(adapterGPUChipTable_table, adapterGPUChipTable_rows, index++,
+            const uint32_t made = orv3::addAdapterRow(adapterGPUChipTable_table, index++,
                                                       std::span<const Fill>(kFills), ChipSource{func, chips.chips[c]});
             if (made == ADAPTERS_FAILED)
                 return ADAPTERS_FAILED;
@@ -120,4 +132,4 @@ extern "C" uint32_t adapterGPUChipTable_loadData(void)
     return result;
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterGPUChipTable, adapterGPUChipTable_entry_t)
+ORV3_TABLE(adapterGPUChipTable, adapterGPUChipTable_table)

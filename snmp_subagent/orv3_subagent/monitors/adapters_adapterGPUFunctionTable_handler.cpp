@@ -8,9 +8,6 @@ namespace {
 
 using Row = adapterGPUFunctionTable_entry_t;
 
-orv3::RowList adapterGPUFunctionTable_rows(adapterGPUFunctionTable_head);
-int32_t adapterGPUFunctionTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
@@ -20,7 +17,22 @@ const orv3::Column kColumns[] = {
     ORV3_FUNCTION_PCI_COLUMNS(Row, 15),
 };
 
-const orv3::AdapterTable adapterGPUFunctionTable_table = {"adapterGPUFunctionTable", 26, kColumns};
+orv3::TableOf<adapterGPUFunctionTable_entry_t> adapterGPUFunctionTable_table = {{
+    .name = "adapterGPUFunctionTable",
+    .rootOid = adapterGPUFunctionTable_oid,
+    .rootOidLength = OID_LENGTH(adapterGPUFunctionTable_oid),
+    .maxColumn = adapterGPUFunctionTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterGPUFunctionTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterGPUFunctionTable_head),
+}};
 
 // The video memory is described only by a GPU whose adapter has VPD and
 // miscellaneous data out of band; the columns stay empty otherwise.
@@ -65,10 +77,10 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 } // namespace
 
-extern "C" uint32_t adapterGPUFunctionTable_loadData(void)
+extern "C" int adapterGPUFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, adapterGPUFunctionTable_rows, get_pci_gpu_funckey_list,
+    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, get_pci_gpu_funckey_list,
                                   ADAPTERS_GPU_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterGPUFunctionTable, adapterGPUFunctionTable_entry_t)
+ORV3_TABLE(adapterGPUFunctionTable, adapterGPUFunctionTable_table)

@@ -12,9 +12,6 @@ namespace {
 using Row = adapterGenericTable_entry_t;
 using Fill = orv3::AdapterFill<inventory_db_adapter_t, Row>;
 
-orv3::RowList adapterGenericTable_rows(adapterGenericTable_head);
-int32_t adapterGenericTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, adapterVPDProdName),
@@ -23,7 +20,22 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(5, Row, adapterCardInterface),
 };
 
-const orv3::AdapterTable adapterGenericTable_table = {"adapterGenericTable", 5, kColumns};
+orv3::TableOf<adapterGenericTable_entry_t> adapterGenericTable_table = {{
+    .name = "adapterGenericTable",
+    .rootOid = adapterGenericTable_oid,
+    .rootOidLength = OID_LENGTH(adapterGenericTable_oid),
+    .maxColumn = adapterGenericTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterGenericTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterGenericTable_head),
+}};
 
 uint32_t fillProductName(const char *, const inventory_db_adapter_t &adapter, Row &row)
 {
@@ -65,7 +77,7 @@ const Fill kFills[] = {
 
 } // namespace
 
-extern "C" uint32_t adapterGenericTable_loadData(void)
+extern "C" int adapterGenericTable_loadData(void)
 {
     uint32_t count = 0;
     inventory_db_adapter_t *adapters = nullptr;
@@ -77,7 +89,7 @@ extern "C" uint32_t adapterGenericTable_loadData(void)
     uint32_t result = ADAPTERS_OK;
     for (uint32_t a = 0; a < count && adapters; ++a) {
         const uint32_t made =
-            orv3::addAdapterRow(adapterGenericTable_table, adapterGenericTable_rows, static_cast<int32_t>(a + 1),
+            orv3::addAdapterRow(adapterGenericTable_table, static_cast<int32_t>(a + 1),
                                 std::span<const Fill>(kFills), adapters[a]);
         if (made == ADAPTERS_FAILED)
             return ADAPTERS_FAILED;
@@ -87,4 +99,4 @@ extern "C" uint32_t adapterGenericTable_loadData(void)
     return result;
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterGenericTable, adapterGenericTable_entry_t)
+ORV3_TABLE(adapterGenericTable, adapterGenericTable_table)

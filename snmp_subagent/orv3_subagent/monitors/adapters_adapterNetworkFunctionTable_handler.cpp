@@ -9,9 +9,6 @@ namespace {
 
 using Row = adapterNetworkFunctionTable_entry_t;
 
-orv3::RowList adapterNetworkFunctionTable_rows(adapterNetworkFunctionTable_head);
-int32_t adapterNetworkFunctionTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
@@ -21,7 +18,22 @@ const orv3::Column kColumns[] = {
     ORV3_FUNCTION_PCI_COLUMNS(Row, 15),
 };
 
-const orv3::AdapterTable adapterNetworkFunctionTable_table = {"adapterNetworkFunctionTable", 26, kColumns};
+orv3::TableOf<adapterNetworkFunctionTable_entry_t> adapterNetworkFunctionTable_table = {{
+    .name = "adapterNetworkFunctionTable",
+    .rootOid = adapterNetworkFunctionTable_oid,
+    .rootOidLength = OID_LENGTH(adapterNetworkFunctionTable_oid),
+    .maxColumn = adapterNetworkFunctionTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterNetworkFunctionTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterNetworkFunctionTable_head),
+}};
 
 // The port counts are known only for a function whose adapter has data
 // out of band; without it they read 0.
@@ -97,11 +109,11 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 } // namespace
 
-extern "C" uint32_t adapterNetworkFunctionTable_loadData(void)
+extern "C" int adapterNetworkFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table, adapterNetworkFunctionTable_rows,
+    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table,
                                   get_pci_network_funckey_list, ADAPTERS_NETWORK_FUNCTIONS,
                                   std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterNetworkFunctionTable, adapterNetworkFunctionTable_entry_t)
+ORV3_TABLE(adapterNetworkFunctionTable, adapterNetworkFunctionTable_table)

@@ -20,9 +20,6 @@ struct PortSource {
 };
 using Fill = orv3::AdapterFill<PortSource, Row>;
 
-orv3::RowList adapterNetworkPortTable_rows(adapterNetworkPortTable_head);
-int32_t adapterNetworkPortTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, networkVPDProdName),
@@ -47,7 +44,22 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(21, Row, phyPortLinkSpeed),
 };
 
-const orv3::AdapterTable adapterNetworkPortTable_table = {"adapterNetworkPortTable", 21, kColumns};
+orv3::TableOf<adapterNetworkPortTable_entry_t> adapterNetworkPortTable_table = {{
+    .name = "adapterNetworkPortTable",
+    .rootOid = adapterNetworkPortTable_oid,
+    .rootOidLength = OID_LENGTH(adapterNetworkPortTable_oid),
+    .maxColumn = adapterNetworkPortTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterNetworkPortTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterNetworkPortTable_head),
+}};
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillLogicalText(const char *, const PortSource &source, Row &row)
@@ -176,7 +188,7 @@ uint32_t addFunctionPorts(const inventory_db_func_key_t &func, int32_t &index)
         }
         const std::unique_ptr<LogicalPort, decltype(&free)> ownedLogical(logical.ports, free);
         for (uint32_t l = 0; l < logical.count && logical.ports; ++l) {
-            const uint32_t made = orv3::addAdapterRow(adapterNetworkPortTable_table, adapterNetworkPortTable_rows,
+            const uint32_t made = orv3::addAdapterRow(adapterNetworkPortTable_table,
                                                       index++, std::span<const Fill>(kFills),
                                                       PortSource{func, physical.ports[p], logical.ports[l]});
             if (made == ADAPTERS_FAILED)
@@ -213,7 +225,7 @@ size_t joinProtocolWords(char *buffer, size_t size, uint8_t ethernet, uint8_t fc
 
 } // namespace orv3
 
-extern "C" uint32_t adapterNetworkPortTable_loadData(void)
+extern "C" int adapterNetworkPortTable_loadData(void)
 {
     inventory_db_func_key_list_t functions = {};
     if (get_pci_network_funckey_list(&functions) == ADAPTERS_FAILED)
@@ -240,4 +252,4 @@ extern "C" uint32_t adapterNetworkPortTable_loadData(void)
     return result;
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterNetworkPortTable, adapterNetworkPortTable_entry_t)
+ORV3_TABLE(adapterNetworkPortTable, adapterNetworkPortTable_table)

@@ -8,16 +8,28 @@ namespace {
 
 using Row = adapterRAIDFunctionTable_entry_t;
 
-orv3::RowList adapterRAIDFunctionTable_rows(adapterRAIDFunctionTable_head);
-int32_t adapterRAIDFunctionTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
     ORV3_FUNCTION_PCI_COLUMNS(Row, 12),
 };
 
-const orv3::AdapterTable adapterRAIDFunctionTable_table = {"adapterRAIDFunctionTable", 23, kColumns};
+orv3::TableOf<adapterRAIDFunctionTable_entry_t> adapterRAIDFunctionTable_table = {{
+    .name = "adapterRAIDFunctionTable",
+    .rootOid = adapterRAIDFunctionTable_oid,
+    .rootOidLength = OID_LENGTH(adapterRAIDFunctionTable_oid),
+    .maxColumn = adapterRAIDFunctionTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kAdapterCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = adapterRAIDFunctionTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
+    .clearedBeforeLoad = true,
+    .gate = &orv3::kPciInventoryGate,
+    .handler = orv3::kAdapterHandler,
+    .rows = orv3::RowList(adapterRAIDFunctionTable_head),
+}};
 
 const orv3::FunctionFill<Row> kFills[] = {
     ORV3_FUNCTION_IDENTITY_FILLS(adapterRAIDFunctionTable, raid, Row),
@@ -26,11 +38,11 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 } // namespace
 
-extern "C" uint32_t adapterRAIDFunctionTable_loadData(void)
+extern "C" int adapterRAIDFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table, adapterRAIDFunctionTable_rows,
+    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table,
                                   get_pci_raid_funckey_list, ADAPTERS_RAID_FUNCTIONS,
                                   std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
-ORV3_ADAPTER_TABLE_ROUTINES(adapterRAIDFunctionTable, adapterRAIDFunctionTable_entry_t)
+ORV3_TABLE(adapterRAIDFunctionTable, adapterRAIDFunctionTable_table)

@@ -23,31 +23,24 @@ constexpr orv3::Column allLEDsTable_columns_served[] = {
     ORV3_TEXT_COLUMN(6, Row, color, color_len),
 };
 
-const orv3::TableInfo allLEDsTable_info = {
+orv3::TableOf<allLEDsTable_entry_t> allLEDsTable_table = {{
     .name = "allLEDsTable",
     .rootOid = allLEDsTable_oid,
     .rootOidLength = OID_LENGTH(allLEDsTable_oid),
     .maxColumn = 6,
     .columns = allLEDsTable_columns_served,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::PerRequest,
-                     .entryTrace = nullptr,
-                     .groupState = &ledsHandlerState},
-};
-const orv3::RefreshRule allLEDsTable_refresh = {orv3::RefreshRule::FixedPeriod, 3};
-int32_t allLEDsTable_stamp = 0;
-orv3::RowList allLEDsTable_rows(allLEDsTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_allLEDsTable_local,
+    .handler = orv3::perRequestHandler(&ledsHandlerState),
+    .rows = orv3::RowList(allLEDsTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(allLEDsTable, allLEDsTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(allLEDsTable)
+ORV3_TABLE(allLEDsTable, allLEDsTable_table)
 
 extern "C" {
-
-int allLEDsTable_update_row(int, allLEDsTable_entry_t *)
-{
-    return 0;
-}
 
 // Nothing reaches this while the table is read-only; it writes nothing.
 int allLEDsTable_commit_row(int request_id, allLEDsTable_entry_t *row)

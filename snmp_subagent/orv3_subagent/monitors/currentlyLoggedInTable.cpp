@@ -21,26 +21,20 @@ constexpr orv3::Column currentlyLoggedInTable_columns[] = {
     ORV3_TEXT_COLUMN(3, Row, access_method, access_method_len),
 };
 
-const orv3::TableInfo currentlyLoggedInTable_info = {
+orv3::TableOf<currentlyLoggedInTable_entry_t> currentlyLoggedInTable_table = {{
     .name = "currentlyLoggedInTable",
     .rootOid = currentlyLoggedInTable_oid,
     .rootOidLength = OID_LENGTH(currentlyLoggedInTable_oid),
     .maxColumn = 3,
     .columns = currentlyLoggedInTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "currentlyLoggedInTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule currentlyLoggedInTable_refresh = {orv3::RefreshRule::SlidingPeriod, 1};
-int32_t currentlyLoggedInTable_stamp = 0;
-orv3::RowList currentlyLoggedInTable_rows(currentlyLoggedInTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_currentlyLoggedInTable_local,
+    .handler = orv3::wholeListHandler("currentlyLoggedInTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(currentlyLoggedInTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(currentlyLoggedInTable, currentlyLoggedInTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(currentlyLoggedInTable)
+ORV3_TABLE(currentlyLoggedInTable, currentlyLoggedInTable_table)
 
-extern "C" int currentlyLoggedInTable_update_row(int, currentlyLoggedInTable_entry_t *)
-{
-    return 0;
-}

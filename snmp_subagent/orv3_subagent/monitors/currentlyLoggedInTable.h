@@ -15,4 +15,5 @@ typedef struct currentlyLoggedInTable_entry {
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(currentlyLoggedInTable, currentlyLoggedInTable_entry_t)
+ORV3_TABLE_DECLARATIONS(currentlyLoggedInTable, currentlyLoggedInTable_entry_t)
+extern "C" int initialize_currentlyLoggedInTable_local(void);

@@ -20,31 +20,24 @@ constexpr orv3::Column diskTable_columns[] = {
     ORV3_TEXT32_COLUMN(3, Row, health_status),
 };
 
-const orv3::TableInfo diskTable_info = {
+orv3::TableOf<diskTable_entry_t> diskTable_table = {{
     .name = "diskTable",
     .rootOid = diskTable_oid,
     .rootOidLength = OID_LENGTH(diskTable_oid),
     .maxColumn = 3,
     .columns = diskTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "diskTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule diskTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
-int32_t diskTable_stamp = 0;
-orv3::RowList diskTable_rows(diskTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_diskTable_local,
+    .handler = orv3::wholeListHandler("diskTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(diskTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(diskTable, diskTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(diskTable)
+ORV3_TABLE(diskTable, diskTable_table)
 
 extern "C" {
-
-int diskTable_update_row(int, diskTable_entry_t *)
-{
-    return 0;
-}
 
 int diskTable_commit_row(int request_id, diskTable_entry_t *row)
 {

@@ -30,31 +30,24 @@ constexpr orv3::Column fanTable_columns[] = {
     ORV3_TEXT_COLUMN(10, Row, health_status, health_status_len),
 };
 
-const orv3::TableInfo fanTable_info = {
+orv3::TableOf<fanTable_entry_t> fanTable_table = {{
     .name = "fanTable",
     .rootOid = fanTable_oid,
     .rootOidLength = OID_LENGTH(fanTable_oid),
     .maxColumn = 10,
     .columns = fanTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "fanTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule fanTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
-int32_t fanTable_stamp = 0;
-orv3::RowList fanTable_rows(fanTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_fanTable_local,
+    .handler = orv3::wholeListHandler("fanTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(fanTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(fanTable, fanTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(fanTable)
+ORV3_TABLE(fanTable, fanTable_table)
 
 extern "C" {
-
-int fanTable_update_row(int, fanTable_entry_t *)
-{
-    return 0;
-}
 
 int fanTable_commit_row(int request_id, fanTable_entry_t *row)
 {

@@ -25,6 +25,7 @@ typedef struct fanTable_entry {
 
 extern int32_t gFanTableLastRowCount;
 
+int initialize_fanTable_local(void);
 int copy_bindings_to_fanTable_entry(fanTable_entry_t *row);
 int32_t fanTable_get_row_count(void);
 int fanTable_commit_row(int request_id, fanTable_entry_t *row);
@@ -37,4 +38,4 @@ int fanTable_validate_fanNonCritLimitLow(fanTable_entry_t *row);
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(fanTable, fanTable_entry_t)
+ORV3_TABLE_DECLARATIONS(fanTable, fanTable_entry_t)

@@ -25,31 +25,24 @@ constexpr orv3::Column fdTable_columns[] = {
     ORV3_TEXT32_COLUMN(13, Row, firmware_level),
 };
 
-const orv3::TableInfo fdTable_info = {
+orv3::TableOf<fdTable_entry_t> fdTable_table = {{
     .name = "fdTable",
     .rootOid = fdTable_oid,
     .rootOidLength = OID_LENGTH(fdTable_oid),
     .maxColumn = 13,
     .columns = fdTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "fdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule fdTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
-int32_t fdTable_stamp = 0;
-orv3::RowList fdTable_rows(fdTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_fdTable_local,
+    .handler = orv3::wholeListHandler("fdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(fdTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(fdTable, fdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(fdTable)
+ORV3_TABLE(fdTable, fdTable_table)
 
 extern "C" {
-
-int fdTable_update_row(int, fdTable_entry_t *)
-{
-    return 0;
-}
 
 int fdTable_commit_row(int request_id, fdTable_entry_t *row)
 {

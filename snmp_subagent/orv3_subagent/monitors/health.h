@@ -28,4 +28,5 @@ typedef struct systemHealthSummaryTable_entry {
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(systemHealthSummaryTable, systemHealthSummaryTable_entry_t)
+ORV3_TABLE_DECLARATIONS(systemHealthSummaryTable, systemHealthSummaryTable_entry_t)
+extern "C" int initialize_systemHealthSummaryTable_local(void);

@@ -13,11 +13,6 @@ size_t hostMACAddressTable_oid_len = OID_LENGTH(hostMACAddressTable_oid);
 // The table is never written: no SET reaches its rows, so this stays empty.
 quel_dm_varlist_t phostMACAddressTableVars = nullptr;
 
-int hostMACAddressTable_update_row(int, hostMACAddressTable_entry_t *)
-{
-    return 0;
-}
-
 int hostMACAddressTable_commit_row(int request_id, hostMACAddressTable_entry_t *row)
 {
     return orv3::commitRowOfGroup(__func__, "hostMACAddressTable", "s/vpd/nictbl[%ld]", phostMACAddressTableVars,
@@ -36,21 +31,19 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(3, Row, address),
 };
 
-const orv3::TableInfo hostMACAddressTable_info = {
+orv3::TableOf<hostMACAddressTable_entry_t> hostMACAddressTable_table = {{
     .name = "hostMACAddressTable",
     .rootOid = hostMACAddressTable_oid,
     .rootOidLength = OID_LENGTH(hostMACAddressTable_oid),
     .maxColumn = 3,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "hostMACAddressTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule hostMACAddressTable_refresh = {orv3::RefreshRule::SlidingPeriod, 3};
-int32_t hostMACAddressTable_stamp = 0;
-orv3::RowList hostMACAddressTable_rows(hostMACAddressTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_hostMACAddressTable_local,
+    .handler = orv3::wholeListHandler("hostMACAddressTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(hostMACAddressTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(hostMACAddressTable, hostMACAddressTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(hostMACAddressTable)
+ORV3_TABLE(hostMACAddressTable, hostMACAddressTable_table)

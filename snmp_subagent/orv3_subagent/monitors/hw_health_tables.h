@@ -80,6 +80,9 @@ int commitRowOnce(const char *routine, orv3_row_head_t *row, int requestId);
 
 } // namespace orv3
 
-ORV3_ROW_TABLE_DECLARATIONS(powerTable, powerTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(diskTable, diskTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(fdTable, fdTable_entry_t)
+ORV3_TABLE_DECLARATIONS(powerTable, powerTable_entry_t)
+extern "C" int initialize_powerTable_local(void);
+ORV3_TABLE_DECLARATIONS(diskTable, diskTable_entry_t)
+extern "C" int initialize_diskTable_local(void);
+ORV3_TABLE_DECLARATIONS(fdTable, fdTable_entry_t)
+extern "C" int initialize_fdTable_local(void);

@@ -60,26 +60,7 @@ typedef struct systemComponentLevelVpdTrackingTable_entry {
     orv3_text256_t text2;
 } systemComponentLevelVpdTrackingTable_entry_t;
 
-extern orv3_row_head_t *systemComponentLevelVpdTrackingTable_head;
 extern size_t systemComponentLevelVpdTrackingTable_oid_len;
-systemComponentLevelVpdTrackingTable_entry_t *
-systemComponentLevelVpdTrackingTable_createEntry(const systemComponentLevelVpdTrackingTable_entry_t *filled);
-systemComponentLevelVpdTrackingTable_entry_t *
-systemComponentLevelVpdTrackingTable_insertEntry(systemComponentLevelVpdTrackingTable_entry_t *row);
-void systemComponentLevelVpdTrackingTable_removeEntry(systemComponentLevelVpdTrackingTable_entry_t *row);
-void systemComponentLevelVpdTrackingTable_clear(void);
-int systemComponentLevelVpdTrackingTable_check_for_update(void);
-netsnmp_variable_list *systemComponentLevelVpdTrackingTable_get_first_data_point(void **loop, void **data,
-                                                                                 netsnmp_variable_list *index,
-                                                                                 netsnmp_iterator_info *info);
-netsnmp_variable_list *systemComponentLevelVpdTrackingTable_get_next_data_point(void **loop, void **data,
-                                                                                netsnmp_variable_list *index,
-                                                                                netsnmp_iterator_info *info);
-int systemComponentLevelVpdTrackingTable_update_row(int request_id, systemComponentLevelVpdTrackingTable_entry_t *row);
-int systemComponentLevelVpdTrackingTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
-                                                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
-int init_systemComponentLevelVpdTrackingTable(void);
-int initialize_table_systemComponentLevelVpdTrackingTable(void);
 int loadMaintancelog(void);
 void arrangeSystemComponentAndCreateArow(const change_history_record_t *record,
                                          systemComponentLevelVpdTrackingTable_entry_t *scratch, int32_t *index);
@@ -147,8 +128,14 @@ int systemMemoryVpdTable_commit_row(int request_id, systemMemoryVpdTable_entry_t
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(kepVpdTable, kepVpdTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(systemComponentLevelVpdTable, systemComponentLevelVpdTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(hostMACAddressTable, hostMACAddressTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(systemCPUVpdTable, systemCPUVpdTable_entry_t)
-ORV3_ROW_TABLE_DECLARATIONS(systemMemoryVpdTable, systemMemoryVpdTable_entry_t)
+ORV3_TABLE_DECLARATIONS(kepVpdTable, kepVpdTable_entry_t)
+extern "C" int initialize_kepVpdTable_local(void);
+ORV3_TABLE_DECLARATIONS(systemComponentLevelVpdTable, systemComponentLevelVpdTable_entry_t)
+extern "C" int initialize_systemComponentLevelVpdTable_local(void);
+ORV3_TABLE_DECLARATIONS(hostMACAddressTable, hostMACAddressTable_entry_t)
+extern "C" int initialize_hostMACAddressTable_local(void);
+ORV3_TABLE_DECLARATIONS(systemCPUVpdTable, systemCPUVpdTable_entry_t)
+extern "C" int initialize_systemCPUVpdTable_local(void);
+ORV3_TABLE_DECLARATIONS(systemMemoryVpdTable, systemMemoryVpdTable_entry_t)
+extern "C" int initialize_systemMemoryVpdTable_local(void);
+ORV3_TABLE_DECLARATIONS(systemComponentLevelVpdTrackingTable, systemComponentLevelVpdTrackingTable_entry_t)

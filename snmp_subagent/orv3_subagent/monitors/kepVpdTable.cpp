@@ -22,26 +22,20 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(4, Row, release_date),
 };
 
-const orv3::TableInfo kepVpdTable_info = {
+orv3::TableOf<kepVpdTable_entry_t> kepVpdTable_table = {{
     .name = "kepVpdTable",
     .rootOid = kepVpdTable_oid,
     .rootOidLength = OID_LENGTH(kepVpdTable_oid),
     .maxColumn = 4,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "kepVpdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule kepVpdTable_refresh = {orv3::RefreshRule::SlidingPeriod, 3};
-int32_t kepVpdTable_stamp = 0;
-orv3::RowList kepVpdTable_rows(kepVpdTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_kepVpdTable_local,
+    .handler = orv3::wholeListHandler("kepVpdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(kepVpdTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(kepVpdTable, kepVpdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(kepVpdTable)
+ORV3_TABLE(kepVpdTable, kepVpdTable_table)
 
-extern "C" int kepVpdTable_update_row(int, kepVpdTable_entry_t *)
-{
-    return 0;
-}

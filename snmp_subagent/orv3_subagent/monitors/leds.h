@@ -37,4 +37,5 @@ int allLEDsTable_commit_row(int request_id, allLEDsTable_entry_t *row);
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(allLEDsTable, allLEDsTable_entry_t)
+ORV3_TABLE_DECLARATIONS(allLEDsTable, allLEDsTable_entry_t)
+extern "C" int initialize_allLEDsTable_local(void);

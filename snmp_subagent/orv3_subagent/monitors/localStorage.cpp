@@ -11,21 +11,15 @@ namespace {
 
 constexpr char kToken[] = "localStorage";
 
-const oid raidControllerTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 2};
-const oid raidDriveTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 3};
-const oid raidControllerFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 4};
-const oid raidDriveFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 5};
-const oid raidStoragepoolTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 6};
-const oid raidVolumeTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 7};
-
 // The registered cell; GETs are answered from the update's own value.
 long RAIDOOBCapable_value = 0;
 
 } // namespace
 
-#define ORV3_LOCAL_STORAGE_TABLE(T, maxColumn)                                                                         \
+#define ORV3_LOCAL_STORAGE_TABLE(T)                                                                                    \
     {                                                                                                                  \
-        T##_oid, OID_LENGTH(T##_oid), #T, 1, maxColumn, T##_handler, T##_get_first_data_point, T##_get_next_data_point \
+        T##_oid, OID_LENGTH(T##_oid), #T, 1, T##_lastColumn, T##_handler, T##_get_first_data_point,                    \
+            T##_get_next_data_point                                                                                    \
     }
 
 extern "C" {
@@ -34,12 +28,12 @@ const oid RAIDOOBCapable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 1, 0
 size_t OOBCapableOidLen = OID_LENGTH(RAIDOOBCapable_oid);
 
 local_storage_table_t init_set[] = {
-    ORV3_LOCAL_STORAGE_TABLE(raidControllerTable, 38),
-    ORV3_LOCAL_STORAGE_TABLE(raidDriveTable, 27),
-    ORV3_LOCAL_STORAGE_TABLE(raidControllerFirmwareTable, 7),
-    ORV3_LOCAL_STORAGE_TABLE(raidDriveFirmwareTable, 7),
-    ORV3_LOCAL_STORAGE_TABLE(raidStoragepoolTable, 7),
-    ORV3_LOCAL_STORAGE_TABLE(raidVolumeTable, 7),
+    ORV3_LOCAL_STORAGE_TABLE(raidControllerTable),
+    ORV3_LOCAL_STORAGE_TABLE(raidDriveTable),
+    ORV3_LOCAL_STORAGE_TABLE(raidControllerFirmwareTable),
+    ORV3_LOCAL_STORAGE_TABLE(raidDriveFirmwareTable),
+    ORV3_LOCAL_STORAGE_TABLE(raidStoragepoolTable),
+    ORV3_LOCAL_STORAGE_TABLE(raidVolumeTable),
     {},
 };
 
@@ -93,8 +87,8 @@ int initialize_tables_localStorage(void)
 {
     for (const local_storage_table_t *table = init_set; table->table_oid; ++table) {
         ORV3_TRACE("localStorage:init", "initializing tables\n");
-        const orv3::TableInfo info = {table->name, table->table_oid, table->oid_len, table->max_column, {}, {}};
-        orv3::registerTable(info, table->handler, table->get_first_data_point, table->get_next_data_point);
+        orv3::registerIterator(table->name, table->table_oid, table->oid_len, table->max_column, table->handler,
+                               table->get_first_data_point, table->get_next_data_point);
     }
     return 0;
 }
@@ -107,3 +101,17 @@ int init_localStorage(void)
 }
 
 } // extern "C"
+
+namespace orv3 {
+
+bool raidLinkOffered()
+{
+    uint8_t supported = 0;
+    return agentless_get_supported_status(&supported, AGENTLESS_FEATURE_RAID_LINK) == 0 && supported != 0;
+}
+
+const SupportGate kRaidLinkGate = {raidLinkOffered, "%s[%d] the platform not support RaidLink function.\r\n", nullptr};
+const SupportGate kRaidLinkGateReleasingController = {
+    raidLinkOffered, "%s[%d] the platform not support RaidLink function.\r\n", "%s[%d] %s has been released!\r\n"};
+
+} // namespace orv3

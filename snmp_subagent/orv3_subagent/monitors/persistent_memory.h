@@ -31,22 +31,6 @@ typedef struct systemAepDIMMVpdTable_entry {
 extern orv3_row_head_t *systemAepDIMMVpdTable_head;
 extern size_t systemAepDIMMVpdTable_oid_len;
 
-int init_systemAepDIMMVpdTable(void);
-int initialize_table_systemAepDIMMVpdTable(void);
-// 1 while the rows are fresh, 0 when a load is due (the time is stamped).
-int systemAepDIMMVpdTable_check_for_update(void);
-systemAepDIMMVpdTable_entry_t *systemAepDIMMVpdTable_createEntry(const systemAepDIMMVpdTable_entry_t *row);
-systemAepDIMMVpdTable_entry_t *systemAepDIMMVpdTable_insertEntry(systemAepDIMMVpdTable_entry_t *row);
-void systemAepDIMMVpdTable_removeEntry(systemAepDIMMVpdTable_entry_t *row);
-void systemAepDIMMVpdTable_clear(void);
-int systemAepDIMMVpdTable_update_row(int request_id, systemAepDIMMVpdTable_entry_t *row);
-netsnmp_variable_list *systemAepDIMMVpdTable_get_first_data_point(void **loop, void **data,
-                                                                  netsnmp_variable_list *index,
-                                                                  netsnmp_iterator_info *info);
-netsnmp_variable_list *systemAepDIMMVpdTable_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,
-                                                                 netsnmp_iterator_info *info);
-int systemAepDIMMVpdTable_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
-                                  netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
 int AepDIMM_loadData(void);
 int arrangeAepDIMMDataAndCreateArow(const inventory_db_memory_t *memory, systemAepDIMMVpdTable_entry_t *row,
                                     int32_t *index);
@@ -57,3 +41,5 @@ int arrangeAepDIMMDataAndCreateArow(const inventory_db_memory_t *memory, systemA
 int ConvertCapacity(uint32_t low, uint32_t high, char *buffer, int32_t size);
 
 } // extern "C"
+
+ORV3_TABLE_DECLARATIONS(systemAepDIMMVpdTable, systemAepDIMMVpdTable_entry_t)

@@ -29,42 +29,29 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(6, Row, powerPolicyActivated),
 };
 
-const orv3::TableInfo powerPolicyTable_info = {
+const orv3::RegistrationGate powerPolicyTableRegistration = {
+    .withheld =
+        [](const char *routine) {
+            return orv3::familyWithoutPower(routine, "powerPolicyTable") || orv3::platformFlagSet(kNoPowerPolicyTable);
+        },
+    .askedByInit = true,
+};
+
+orv3::TableOf<powerPolicyTable_entry_t> powerPolicyTable_table = {{
     .name = "powerPolicyTable",
     .rootOid = powerPolicyTable_oid,
     .rootOidLength = OID_LENGTH(powerPolicyTable_oid),
     .maxColumn = 6,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "powerPolicyTable_handler: reqmode = %d.\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule powerPolicyTable_refresh = {orv3::RefreshRule::EveryWalk, 0};
-int32_t powerPolicyTable_stamp = 0;
-orv3::RowList powerPolicyTable_rows(powerPolicyTable_head);
+    .refresh = {orv3::RefreshRule::EveryWalk, 0},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_powerPolicyTable_local,
+    .registration = &powerPolicyTableRegistration,
+    .handler = orv3::wholeListHandler("powerPolicyTable_handler: reqmode = %d.\n"),
+    .rows = orv3::RowList(powerPolicyTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(powerPolicyTable, powerPolicyTable_entry_t)
+ORV3_TABLE(powerPolicyTable, powerPolicyTable_table)
 
-extern "C" {
-
-int powerPolicyTable_update_row(int, powerPolicyTable_entry_t *)
-{
-    return 0;
-}
-
-int initialize_table_powerPolicyTable(void)
-{
-    return orv3::registerTable(powerPolicyTable_info, powerPolicyTable_handler, powerPolicyTable_get_first_data_point,
-                               powerPolicyTable_get_next_data_point);
-}
-
-int init_powerPolicyTable(void)
-{
-    if (orv3::familyWithoutPower(__func__, "powerPolicyTable") || orv3::platformFlagSet(kNoPowerPolicyTable))
-        return 0;
-    return initialize_table_powerPolicyTable();
-}
-
-} // extern "C"

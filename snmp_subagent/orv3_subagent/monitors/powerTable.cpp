@@ -21,47 +21,35 @@ constexpr orv3::Column powerTable_columns[] = {
     ORV3_TEXT32_COLUMN(5, Row, serial_number), ORV3_TEXT32_COLUMN(6, Row, health_status),
 };
 
-const orv3::TableInfo powerTable_info = {
+// The three families without power supply objects leave the table out.
+const orv3::RegistrationGate powerTableRegistration = {
+    .withheld = [](const char *routine) { return powerModule_family_unsupported(routine) != 0; },
+    .askedByInit = false,
+};
+
+orv3::TableOf<powerTable_entry_t> powerTable_table = {{
     .name = "powerTable",
     .rootOid = powerTable_oid,
     .rootOidLength = OID_LENGTH(powerTable_oid),
     .maxColumn = 6,
     .columns = powerTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "powerTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule powerTable_refresh = {orv3::RefreshRule::FixedPeriod, 1};
-int32_t powerTable_stamp = 0;
-orv3::RowList powerTable_rows(powerTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_powerTable_local,
+    .registration = &powerTableRegistration,
+    .handler = orv3::wholeListHandler("powerTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(powerTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(powerTable, powerTable_entry_t)
+ORV3_TABLE(powerTable, powerTable_table)
 
 extern "C" {
-
-int powerTable_update_row(int, powerTable_entry_t *)
-{
-    return 0;
-}
 
 int powerTable_commit_row(int request_id, powerTable_entry_t *row)
 {
     return orv3::commitRowOnce(__func__, &row->head, request_id);
-}
-
-int initialize_table_powerTable(void)
-{
-    if (powerModule_family_unsupported(__func__))
-        return 0;
-    return orv3::registerTable(powerTable_info, powerTable_handler, powerTable_get_first_data_point,
-                               powerTable_get_next_data_point);
-}
-
-int init_powerTable(void)
-{
-    return initialize_table_powerTable();
 }
 
 } // extern "C"

@@ -27,27 +27,20 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(8, Row, powerTrendingSampleReadingF),
 };
 
-const orv3::TableInfo powerTrendingSampleTable_info = {
+orv3::TableOf<powerTrendingSampleTable_entry_t> powerTrendingSampleTable_table = {{
     .name = "powerTrendingSampleTable",
     .rootOid = powerTrendingSampleTable_oid,
     .rootOidLength = OID_LENGTH(powerTrendingSampleTable_oid),
     .maxColumn = 8,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "powerTrendingSampleTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-// A request at exactly the last load + 30 is still served from the cache.
-const orv3::RefreshRule powerTrendingSampleTable_refresh = {orv3::RefreshRule::FixedPeriod, 30};
-int32_t powerTrendingSampleTable_stamp = 0;
-orv3::RowList powerTrendingSampleTable_rows(powerTrendingSampleTable_head);
+    .refresh = {orv3::RefreshRule::FixedPeriod, 30},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_powerTrendingSampleTable_local,
+    .handler = orv3::wholeListHandler("powerTrendingSampleTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(powerTrendingSampleTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(powerTrendingSampleTable, powerTrendingSampleTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(powerTrendingSampleTable)
+ORV3_TABLE(powerTrendingSampleTable, powerTrendingSampleTable_table)
 
-extern "C" int powerTrendingSampleTable_update_row(int, powerTrendingSampleTable_entry_t *)
-{
-    return 0;
-}

@@ -41,7 +41,8 @@ int powerPolicyInformation_update_powerRestoreDelay(void *value, size_t *size);
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(powerPolicyTable, powerPolicyTable_entry_t)
+ORV3_TABLE_DECLARATIONS(powerPolicyTable, powerPolicyTable_entry_t)
+extern "C" int initialize_powerPolicyTable_local(void);
 
 namespace orv3 {
 

@@ -20,4 +20,5 @@ typedef struct powerTrendingSampleTable_entry {
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(powerTrendingSampleTable, powerTrendingSampleTable_entry_t)
+ORV3_TABLE_DECLARATIONS(powerTrendingSampleTable, powerTrendingSampleTable_entry_t)
+extern "C" int initialize_powerTrendingSampleTable_local(void);

@@ -2,7 +2,6 @@
 // row records and routines.
 #pragma once
 
-#include "raid_table.h"
 #include "raid_text.h"
 #include "row_table.h"
 
@@ -160,10 +159,51 @@ int arrangeAllVolumeData(uint32_t arrayId, int32_t *index, uint32_t ctrlId);
 
 } // extern "C"
 
-ORV3_RAID_TABLE_DECLARATIONS(raidControllerTable, raidControllerTable_entry_t, clearAllraidControllerTableRows)
-ORV3_RAID_TABLE_DECLARATIONS(raidControllerFirmwareTable, raidFirmwareTable_entry_t,
-                             clearAllraidControllerFirmwareTableRows)
-ORV3_RAID_TABLE_DECLARATIONS(raidDriveTable, raidDriveTable_entry_t, clearAllraidDriveTableRows)
-ORV3_RAID_TABLE_DECLARATIONS(raidDriveFirmwareTable, raidFirmwareTable_entry_t, clearAllraidDriveFirmwareTableRows)
-ORV3_RAID_TABLE_DECLARATIONS(raidStoragepoolTable, raidStoragepoolTable_entry_t, clearAllraidStoragepoolTableRows)
-ORV3_RAID_TABLE_DECLARATIONS(raidVolumeTable, raidVolumeTable_entry_t, clearAllraidVolumeTableRows)
+ORV3_TABLE_DECLARATIONS(raidControllerTable, raidControllerTable_entry_t)
+ORV3_TABLE_DECLARATIONS(raidControllerFirmwareTable, raidFirmwareTable_entry_t)
+ORV3_TABLE_DECLARATIONS(raidDriveTable, raidDriveTable_entry_t)
+ORV3_TABLE_DECLARATIONS(raidDriveFirmwareTable, raidFirmwareTable_entry_t)
+ORV3_TABLE_DECLARATIONS(raidStoragepoolTable, raidStoragepoolTable_entry_t)
+ORV3_TABLE_DECLARATIONS(raidVolumeTable, raidVolumeTable_entry_t)
+
+extern "C" {
+int raidControllerTable_loadData(void);
+int raidControllerFirmwareTable_loadData(void);
+int raidDriveTable_loadData(void);
+int raidDriveFirmwareTable_loadData(void);
+int raidStoragepoolTable_loadData(void);
+int raidVolumeTable_loadData(void);
+}
+
+// Where each table hangs below local storage (.13.1) and its last column,
+// read by the group's registration array and by the tables' descriptors.
+inline constexpr oid raidControllerTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 2};
+inline constexpr unsigned raidControllerTable_lastColumn = 38;
+inline constexpr oid raidDriveTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 3};
+inline constexpr unsigned raidDriveTable_lastColumn = 27;
+inline constexpr oid raidControllerFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 4};
+inline constexpr unsigned raidControllerFirmwareTable_lastColumn = 7;
+inline constexpr oid raidDriveFirmwareTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 5};
+inline constexpr unsigned raidDriveFirmwareTable_lastColumn = 7;
+inline constexpr oid raidStoragepoolTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 6};
+inline constexpr unsigned raidStoragepoolTable_lastColumn = 7;
+inline constexpr oid raidVolumeTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 7};
+inline constexpr unsigned raidVolumeTable_lastColumn = 7;
+
+namespace orv3 {
+
+// How every RAID table is served: rows rebuilt at most once in 5 seconds,
+// and only while the platform offers the RAID link function (without it
+// their rows are freed and the walk ends at once); GET only, each request
+// traced under "localStorage:handler".
+inline constexpr RefreshRule kRaidCache = {RefreshRule::FixedPeriod, 5};
+inline constexpr HandlerPolicy kRaidHandler =
+    getOnlyHandler(HandlerPolicy::EntryTrace::None, "localStorage:handler", "Processing request (%d)\n");
+extern const SupportGate kRaidLinkGate;
+// The controller table also logs that it released its rows.
+extern const SupportGate kRaidLinkGateReleasingController;
+
+// True when the platform says it offers the RAID link function.
+bool raidLinkOffered();
+
+} // namespace orv3

@@ -11,9 +11,6 @@ namespace {
 
 using Row = raidFirmwareTable_entry_t;
 
-orv3::RowList raidControllerFirmwareTable_rows(raidControllerFirmwareTable_head);
-int32_t raidControllerFirmwareTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index), ORV3_TEXT_FIELD_COLUMN(2, Row, name),
     ORV3_TEXT_FIELD_COLUMN(3, Row, label),   ORV3_TEXT_FIELD_COLUMN(4, Row, text131),
@@ -21,7 +18,21 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(7, Row, text260),
 };
 
-const orv3::RaidTable raidControllerFirmwareTable_table = {"raidControllerFirmwareTable", kColumns, nullptr};
+orv3::TableOf<raidFirmwareTable_entry_t> raidControllerFirmwareTable_table = {{
+    .name = "raidControllerFirmwareTable",
+    .rootOid = raidControllerFirmwareTable_oid,
+    .rootOidLength = OID_LENGTH(raidControllerFirmwareTable_oid),
+    .maxColumn = raidControllerFirmwareTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidControllerFirmwareTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGate,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidControllerFirmwareTable_head),
+}};
 
 } // namespace
 
@@ -39,7 +50,7 @@ int arrangeCtrlFirmwareDataAndCreateArow(const raid_link_fw_info_t *fw, int32_t 
 
 int raidControllerFirmwareTable_loadData(void)
 {
-    clearAllraidControllerFirmwareTableRows(reinterpret_cast<Row *>(raidControllerFirmwareTable_rows.head()));
+    clearAllraidControllerFirmwareTableRows(reinterpret_cast<Row *>(raidControllerFirmwareTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::Separate, __func__, __LINE__))
         return 1;
@@ -61,5 +72,4 @@ int raidControllerFirmwareTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidControllerFirmwareTable, raidFirmwareTable_entry_t,
-                         clearAllraidControllerFirmwareTableRows)
+ORV3_TABLE(raidControllerFirmwareTable, raidControllerFirmwareTable_table)

@@ -15,9 +15,6 @@ namespace {
 
 using Row = raidControllerTable_entry_t;
 
-orv3::RowList raidControllerTable_rows(raidControllerTable_head);
-int32_t raidControllerTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidCtrlLabel),
@@ -59,7 +56,21 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_COLUMN(38, Row, raidCtrlDriveLabels, raidCtrlDriveLabelsLen),
 };
 
-const orv3::RaidTable raidControllerTable_table = {"raidControllerTable", kColumns, "raidControllerTable_head"};
+orv3::TableOf<raidControllerTable_entry_t> raidControllerTable_table = {{
+    .name = "raidControllerTable",
+    .rootOid = raidControllerTable_oid,
+    .rootOidLength = OID_LENGTH(raidControllerTable_oid),
+    .maxColumn = raidControllerTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidControllerTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGateReleasingController,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidControllerTable_head),
+}};
 
 // Energy-based batteries (type 6 and up, or type 5 with the energy flag)
 // count joules; the others milliampere-hours.
@@ -188,7 +199,7 @@ int arrangeAllRaidCtrlData(raidControllerTable_entry_t *row, int32_t *index, con
 
 int raidControllerTable_loadData(void)
 {
-    clearAllraidControllerTableRows(reinterpret_cast<Row *>(raidControllerTable_rows.head()));
+    clearAllraidControllerTableRows(reinterpret_cast<Row *>(raidControllerTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::Separate, __func__, __LINE__))
         return 1;
@@ -247,4 +258,4 @@ int raidControllerTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidControllerTable, raidControllerTable_entry_t, clearAllraidControllerTableRows)
+ORV3_TABLE(raidControllerTable, raidControllerTable_table)

@@ -11,9 +11,6 @@ namespace {
 
 using Row = raidFirmwareTable_entry_t;
 
-orv3::RowList raidDriveFirmwareTable_rows(raidDriveFirmwareTable_head);
-int32_t raidDriveFirmwareTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index), ORV3_TEXT_FIELD_COLUMN(2, Row, name),
     ORV3_TEXT_FIELD_COLUMN(3, Row, label),   ORV3_TEXT_FIELD_COLUMN(4, Row, text131),
@@ -21,7 +18,21 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(7, Row, text260),
 };
 
-const orv3::RaidTable raidDriveFirmwareTable_table = {"raidDriveFirmwareTable", kColumns, nullptr};
+orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table = {{
+    .name = "raidDriveFirmwareTable",
+    .rootOid = raidDriveFirmwareTable_oid,
+    .rootOidLength = OID_LENGTH(raidDriveFirmwareTable_oid),
+    .maxColumn = raidDriveFirmwareTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidDriveFirmwareTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGate,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidDriveFirmwareTable_head),
+}};
 
 } // namespace
 
@@ -39,7 +50,7 @@ int arrangeDiskFirmwareDataAndCreateArow(const raid_link_fw_info_t *fw, int32_t 
 
 int raidDriveFirmwareTable_loadData(void)
 {
-    clearAllraidDriveFirmwareTableRows(reinterpret_cast<Row *>(raidDriveFirmwareTable_rows.head()));
+    clearAllraidDriveFirmwareTableRows(reinterpret_cast<Row *>(raidDriveFirmwareTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__))
         return 1;
@@ -70,4 +81,4 @@ int raidDriveFirmwareTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidDriveFirmwareTable, raidFirmwareTable_entry_t, clearAllraidDriveFirmwareTableRows)
+ORV3_TABLE(raidDriveFirmwareTable, raidDriveFirmwareTable_table)

@@ -12,9 +12,6 @@ namespace {
 
 using Row = raidDriveTable_entry_t;
 
-orv3::RowList raidDriveTable_rows(raidDriveTable_head);
-int32_t raidDriveTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidDriveLabel),
@@ -45,7 +42,21 @@ const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(27, Row, raidDriveFlagBit2),
 };
 
-const orv3::RaidTable raidDriveTable_table = {"raidDriveTable", kColumns, nullptr};
+orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table = {{
+    .name = "raidDriveTable",
+    .rootOid = raidDriveTable_oid,
+    .rootOidLength = OID_LENGTH(raidDriveTable_oid),
+    .maxColumn = raidDriveTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidDriveTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGate,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidDriveTable_head),
+}};
 
 // Component names as the library gives them, joined by ", ".
 void arrangeFirmwareNames(Row &row, const raid_link_fw_info_t &fw)
@@ -113,7 +124,7 @@ int arrangeDiskDataAndCreateArow(const raid_link_disk_hw_t *hw, const raid_link_
 
 int raidDriveTable_loadData(void)
 {
-    clearAllraidDriveTableRows(reinterpret_cast<Row *>(raidDriveTable_rows.head()));
+    clearAllraidDriveTableRows(reinterpret_cast<Row *>(raidDriveTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__))
         return 1;
@@ -151,4 +162,4 @@ int raidDriveTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidDriveTable, raidDriveTable_entry_t, clearAllraidDriveTableRows)
+ORV3_TABLE(raidDriveTable, raidDriveTable_table)

@@ -13,9 +13,6 @@ namespace {
 
 using Row = raidStoragepoolTable_entry_t;
 
-orv3::RowList raidStoragepoolTable_rows(raidStoragepoolTable_head);
-int32_t raidStoragepoolTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidStoragepoolLabel),
@@ -26,7 +23,21 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_COLUMN(7, Row, raidStoragepoolDriveLabels, raidStoragepoolDriveLabelsLen),
 };
 
-const orv3::RaidTable raidStoragepoolTable_table = {"raidStoragepoolTable", kColumns, nullptr};
+orv3::TableOf<raidStoragepoolTable_entry_t> raidStoragepoolTable_table = {{
+    .name = "raidStoragepoolTable",
+    .rootOid = raidStoragepoolTable_oid,
+    .rootOidLength = OID_LENGTH(raidStoragepoolTable_oid),
+    .maxColumn = raidStoragepoolTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidStoragepoolTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGate,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidStoragepoolTable_head),
+}};
 
 } // namespace
 
@@ -79,7 +90,7 @@ int arrangeArrayInfoAndCreateArow(const raid_link_array_t *array, int32_t *index
 
 int raidStoragepoolTable_loadData(void)
 {
-    clearAllraidStoragepoolTableRows(reinterpret_cast<Row *>(raidStoragepoolTable_rows.head()));
+    clearAllraidStoragepoolTableRows(reinterpret_cast<Row *>(raidStoragepoolTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::Combined, __func__, __LINE__))
         return 1;
@@ -110,4 +121,4 @@ int raidStoragepoolTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidStoragepoolTable, raidStoragepoolTable_entry_t, clearAllraidStoragepoolTableRows)
+ORV3_TABLE(raidStoragepoolTable, raidStoragepoolTable_table)

@@ -11,9 +11,6 @@ namespace {
 
 using Row = raidVolumeTable_entry_t;
 
-orv3::RowList raidVolumeTable_rows(raidVolumeTable_head);
-int32_t raidVolumeTable_stamp = 0;
-
 const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidVolumeLabel),
@@ -24,7 +21,21 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(7, Row, raidVolumeBootable),
 };
 
-const orv3::RaidTable raidVolumeTable_table = {"raidVolumeTable", kColumns, nullptr};
+orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table = {{
+    .name = "raidVolumeTable",
+    .rootOid = raidVolumeTable_oid,
+    .rootOidLength = OID_LENGTH(raidVolumeTable_oid),
+    .maxColumn = raidVolumeTable_lastColumn,
+    .columns = kColumns,
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = orv3::kRaidCache,
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = raidVolumeTable_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .gate = &orv3::kRaidLinkGate,
+    .handler = orv3::kRaidHandler,
+    .rows = orv3::RowList(raidVolumeTable_head),
+}};
 
 void formatStripeSize(orv3_text256_t &column, uint32_t bytes)
 {
@@ -92,7 +103,7 @@ int arrangeAllVolumeData(uint32_t arrayId, int32_t *index, uint32_t ctrlId)
 
 int raidVolumeTable_loadData(void)
 {
-    clearAllraidVolumeTableRows(reinterpret_cast<Row *>(raidVolumeTable_rows.head()));
+    clearAllraidVolumeTableRows(reinterpret_cast<Row *>(raidVolumeTable_head));
     raid_link_ctrl_list_t list;
     if (!orv3::readControllerList(list, orv3::ListFailureText::Combined, __func__, __LINE__))
         return 1;
@@ -118,4 +129,4 @@ int raidVolumeTable_loadData(void)
 
 } // extern "C"
 
-ORV3_RAID_TABLE_ROUTINES(raidVolumeTable, raidVolumeTable_entry_t, clearAllraidVolumeTableRows)
+ORV3_TABLE(raidVolumeTable, raidVolumeTable_table)

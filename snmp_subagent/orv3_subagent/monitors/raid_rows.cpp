@@ -69,7 +69,7 @@ void joinLabels(ListText &labels, const uint32_t *ids, size_t count, void (*labe
 }
 
 void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
-                         raidFirmwareTable_entry_t *(*create)(const raidFirmwareTable_entry_t *arranged))
+                         raidFirmwareTable_entry_t *(*create)(const void *arranged))
 {
     const size_t count = listed(fw.count, RAID_LINK_MAX_FW_COMPONENTS);
     for (size_t i = 0; i < count; ++i) {

@@ -55,7 +55,7 @@ void joinLabels(char (&buffer)[Capacity], uint32_t &length, const uint32_t *ids,
 // One firmware-table row per component of `fw` (as many as the record
 // holds), numbered from `index` on, each with the `label` of its owner.
 void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
-                         raidFirmwareTable_entry_t *(*create)(const raidFirmwareTable_entry_t *arranged));
+                         raidFirmwareTable_entry_t *(*create)(const void *arranged));
 
 // A list's count as far as its record holds entries.
 inline size_t listed(uint32_t count, size_t capacity)

@@ -3,7 +3,9 @@
 #include "trace.h"
 
 #include "orv3/agent_binding.h"
+#include "orv3/trace_log.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -180,11 +182,11 @@ RegisteredTable *registeredTables = nullptr;
 
 } // namespace
 
-int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
-                  Netsnmp_Next_Data_Point *next)
+int registerIterator(const char *name, const oid *rootOid, size_t rootOidLength, unsigned maxColumn,
+                     Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first, Netsnmp_Next_Data_Point *next)
 {
     netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
-        table.name, handler, const_cast<oid *>(table.rootOid), table.rootOidLength, HANDLER_CAN_RONLY);
+        name, handler, const_cast<oid *>(rootOid), rootOidLength, HANDLER_CAN_RONLY);
     if (!registration)
         return MIB_REGISTRATION_FAILED;
     auto *tableInfo = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
@@ -193,7 +195,7 @@ int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp
         return MIB_REGISTRATION_FAILED;
     netsnmp_table_helper_add_indexes(tableInfo, ASN_INTEGER, 0);
     tableInfo->min_column = 1;
-    tableInfo->max_column = table.maxColumn;
+    tableInfo->max_column = maxColumn;
     iteratorInfo->get_first_data_point = first;
     iteratorInfo->get_next_data_point = next;
     // Every row list is kept in index order: a GETNEXT stops at the first
@@ -204,10 +206,109 @@ int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp
     return netsnmp_register_table_iterator(registration, iteratorInfo);
 }
 
-static const Column *findColumn(const TableInfo &table, unsigned number)
+int registerTable(const Table &table, const char *routine, Netsnmp_Node_Handler *handler,
+                  Netsnmp_First_Data_Point *first, Netsnmp_Next_Data_Point *next)
 {
+    if (table.registration && !table.registration->askedByInit && table.registration->withheld(routine))
+        return 0;
+    return registerIterator(table.name, table.rootOid, table.rootOidLength, table.maxColumn, handler, first, next);
+}
+
+int initTable(const Table &table, const char *routine, int (*initializeTable)())
+{
+    if (table.registration && table.registration->askedByInit && table.registration->withheld(routine))
+        return 0;
+    return initializeTable();
+}
+
+// ---- loading ----------------------------------------------------------------
+
+int checkForUpdate(Table &table)
+{
+    const bool due = refreshDue(table.refresh, table.stamp, nowSeconds());
+    if (due && table.check == Table::Check::LoadsWhenDue)
+        table.load();
+    return due ? 0 : 1;
+}
+
+namespace {
+
+// Runs the load of a table whose check does not; false when the walk is to
+// find the table empty.
+bool reload(Table &table, const char *routine, int line)
+{
+    if (table.gate && !table.gate->offered()) {
+        if (table.gate->withdrawnLog)
+            log_tlog(1, table.gate->withdrawnLog, routine, line);
+        if (table.rows.head()) {
+            table.rows.clear();
+            if (table.gate->releasedLog) {
+                char head[96];
+                snprintf(head, sizeof head, "%s_head", table.name);
+                log_tlog(1, table.gate->releasedLog, routine, line, head);
+            }
+        }
+        return false;
+    }
+    if (table.clearedBeforeLoad)
+        table.rows.clear();
+    const int result = table.load();
+    switch (table.loadFailure) {
+    case Table::LoadFailure::Ignored:
+        break;
+    case Table::LoadFailure::EndsTheWalk:
+        return result == 0;
+    case Table::LoadFailure::EmptiesTheTable:
+        if (result == kLoadFailedOutright)
+            table.rows.clear();
+        break;
+    }
+    return true;
+}
+
+} // namespace
+
+orv3_row_head_t *firstRow(Table &table, const char *routine, int line)
+{
+    const bool fresh = checkForUpdate(table) == 1;
+    if (fresh || table.check == Table::Check::LoadsWhenDue)
+        return table.rows.head();
+    return reload(table, routine, line) ? table.rows.head() : nullptr;
+}
+
+orv3_row_head_t *createEntry(Table &table, const void *source, size_t rowSize)
+{
+    orv3_row_head_t *row = allocateRow(source, rowSize);
+    if (!row || table.rowMaking == Table::RowMaking::ZeroFilled)
+        return row;
+    memcpy(row, source, rowSize);
+    row->next = nullptr;
+    table.rows.insertInOrder(row);
+    return row;
+}
+
+void clearRowsFrom(RowList &rows, orv3_row_head_t *from)
+{
+    if (from == rows.head()) {
+        rows.clear();
+        return;
+    }
+    while (from) {
+        orv3_row_head_t *next = from->next;
+        rows.remove(from);
+        from = next;
+    }
+}
+
+// ---- answering --------------------------------------------------------------
+
+static const Column *findColumn(const Table &table, const netsnmp_request_info *request)
+{
+    netsnmp_table_request_info *info = netsnmp_extract_table_info(const_cast<netsnmp_request_info *>(request));
+    if (!info)
+        return nullptr;
     for (const Column &column : table.columns)
-        if (column.number == number)
+        if (column.number == info->colnum)
             return &column;
     return nullptr;
 }
@@ -217,78 +318,80 @@ static bool isSetPhase(int mode)
     return mode >= MODE_SET_RESERVE1 && mode <= MODE_SET_UNDO;
 }
 
-static int requestIdOf(const netsnmp_agent_request_info *reqinfo)
+static void traceEntry(const Table &table, const char *handlerName, int mode, const std::source_location &where)
 {
-    return reqinfo->asp && reqinfo->asp->pdu ? reqinfo->asp->pdu->reqid : 0;
-}
-
-// Answers the request's column from its row, or noSuchObject for a column
-// the table does not serve.
-static void answerRequest(const TableInfo &table, netsnmp_agent_request_info *reqinfo, netsnmp_request_info *request,
-                          const orv3_row_head_t *row)
-{
-    netsnmp_table_request_info *info = netsnmp_extract_table_info(request);
-    const Column *column = info ? findColumn(table, info->colnum) : nullptr;
-    if (column)
-        answerColumn(*column, row, request);
-    else
-        netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
-}
-
-static int perRequestHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
-                             netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests,
-                             std::source_location where)
-{
-    const int mode = reqinfo->mode;
-    ORV3_TRACE_AT(handlerName, where, table.name, "%s: reqmode = %d-%s State %s\n", handlerName, mode,
-                  getSNMPModeName(mode), getHandlerStateName(*table.handlerStyle.groupState));
-    for (netsnmp_request_info *request = requests; request; request = request->next) {
-        if (request->processed)
-            continue;
-        auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
-        if (!row) {
-            netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
-            return 0;
-        }
-        if (isSetPhase(mode)) {
-            netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
-        } else if (mode == MODE_GET) {
-            if (updateRow(requestIdOf(reqinfo), row) != 0)
-                netsnmp_request_set_error(request, SNMP_NOSUCHINSTANCE);
-            else
-                answerRequest(table, reqinfo, request, row);
-        }
+    const HandlerPolicy &policy = table.handler;
+    switch (policy.entry) {
+    case HandlerPolicy::EntryTrace::None:
+        break;
+    case HandlerPolicy::EntryTrace::Mode:
+        ORV3_TRACE_AT(handlerName, where, table.name, policy.entryTrace, mode);
+        break;
+    case HandlerPolicy::EntryTrace::ModeAndGroupState:
+        ORV3_TRACE_AT(handlerName, where, table.name, "%s: reqmode = %d-%s State %s\n", handlerName, mode,
+                      getSNMPModeName(mode), getHandlerStateName(*policy.groupState));
+        break;
+    case HandlerPolicy::EntryTrace::HeaderOnly:
+        DEBUGMSGTL(("trace", "%s(): %s, %d:\n", handlerName, where.file_name(), static_cast<int>(where.line())));
+        break;
     }
-    return 0;
 }
 
-int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
-                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests, std::source_location where)
+int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_request_info *reqinfo,
+                 netsnmp_request_info *requests, std::source_location where)
 {
-    if (table.handlerStyle.kind == TableHandlerStyle::PerRequest)
-        return perRequestHandler(table, handlerName, updateRow, reqinfo, requests, where);
-
-    ORV3_TRACE_AT(handlerName, where, table.name, table.handlerStyle.entryTrace, reqinfo->mode);
-    if (isSetPhase(reqinfo->mode)) {
+    using Set = HandlerPolicy::SetAnswer;
+    using Missing = HandlerPolicy::MissingRow;
+    const HandlerPolicy &policy = table.handler;
+    const int mode = reqinfo->mode;
+    traceEntry(table, handlerName, mode, where);
+    if (policy.set == Set::LeftAlone && mode != MODE_GET)
+        return SNMP_ERR_NOERROR;
+    if (policy.set == Set::ReadOnlyAtOnce && isSetPhase(mode)) {
         netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
         return 0;
     }
-    if (reqinfo->mode != MODE_GET || !requests)
+    if (policy.set == Set::ReadOnlyAtOnce && (mode != MODE_GET || !requests))
         return 0;
 
     for (netsnmp_request_info *request = requests; request; request = request->next) {
-        // The table helper has already answered a column beyond the table
-        // (noSuchObject) and marked it processed.
+        if (policy.requestTrace)
+            ORV3_TRACE_AT(handlerName, where, policy.requestToken, policy.requestTrace, mode);
+        // The table helper has answered this one already: a column beyond
+        // the table (noSuchObject), or, in a GETNEXT, one it passes on past
+        // the table. Answering it again would turn a GETNEXT backwards.
         if (request->processed)
             continue;
+        const Column *column = findColumn(table, request);
+        if (policy.columnBeforeRow && !column) {
+            netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
+            continue;
+        }
         auto *row = static_cast<orv3_row_head_t *>(netsnmp_extract_iterator_context(request));
         if (!row) {
-            // Requests answered earlier in this pass are overwritten too.
-            netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
-            return 0;
+            switch (policy.missingRow) {
+            case Missing::EveryRequest:
+                // Requests answered earlier in this pass are overwritten too.
+                netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
+                return 0;
+            case Missing::FirstRequest:
+                netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
+                return 0;
+            case Missing::ThatRequest:
+                netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHINSTANCE);
+                continue;
+            }
         }
-        updateRow(requestIdOf(reqinfo), row);
-        answerRequest(table, reqinfo, request, row);
+        if (policy.set == Set::ReadOnlyOnceARowIsFound && isSetPhase(mode)) {
+            netsnmp_request_set_error_all(requests, SNMP_ERR_READONLY);
+            continue;
+        }
+        if (mode != MODE_GET)
+            continue;
+        if (column)
+            answerColumn(*column, row, request);
+        else
+            netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHOBJECT);
     }
     return 0;
 }

@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <source_location>
 #include <span>
+#include <type_traits>
 
 extern "C" {
 
@@ -141,35 +142,170 @@ size_t retiredRowCount();
 // pass one).
 orv3_row_head_t *allocateRow(const void *hint, size_t size);
 
-// What a table handler does besides answering columns. Two handlers serve
-// the module's tables:
-// - whole-list (fan, power, disk): SET phases mark every request readOnly
-//   before anything else; a request without a row marks every request of
-//   the list noSuchInstance; the entry trace shows the mode (`entryTrace`);
-// - per-request (voltage, temperature, LEDs): each request's row is checked
-//   first, and a missing row marks only the first request of the list
-//   noSuchInstance; the entry trace names the mode and the state of the
-//   settable group the table belongs with (`groupState`).
-struct TableHandlerStyle {
-    enum Kind { WholeList, PerRequest } kind;
-    const char *entryTrace;    // whole-list: printf format given the mode
-    const int32_t *groupState; // per-request: e.g. &voltageHandlerState
+// ---- the table descriptor ---------------------------------------------------
+//
+// Every table is one declared `Table`: what it is (name, OID, columns), how
+// its rows are kept fresh (refresh rule, loader, the platform function they
+// depend on) and how requests are answered. The families of tables differ
+// only in these fields; one walk, one handler and one registration serve
+// them all.
+
+// How requests reach the columns. Three behaviours, each kept exactly as its
+// tables have always answered:
+struct HandlerPolicy {
+    // A SET phase: every request readOnly at once; readOnly for the whole
+    // list once a request's row is found; or left alone (GET-only tables).
+    enum class SetAnswer { ReadOnlyAtOnce, ReadOnlyOnceARowIsFound, LeftAlone } set;
+    // A request without a row: noSuchInstance on every request of the list
+    // and stop; on the first request of the list and stop; or on that
+    // request alone, going on with the next.
+    enum class MissingRow { EveryRequest, FirstRequest, ThatRequest } missingRow;
+    // GET-only tables answer an unknown column before they look for a row.
+    bool columnBeforeRow;
+    // The trace at entry: `entryTrace` given the mode, under the table's
+    // name; the mode and the state of the settable group the table belongs
+    // with (`groupState`); or the bare "trace" header line.
+    enum class EntryTrace { None, Mode, ModeAndGroupState, HeaderOnly } entry;
+    const char *entryTrace;
+    const int32_t *groupState;
+    // A trace for every request: `requestTrace` given the mode, under
+    // `requestToken`.
+    const char *requestToken;
+    const char *requestTrace;
 };
 
-// Everything the engine needs to know of one table.
-struct TableInfo {
+// The data-manager tables' handler: every SET phase readOnly, a missing
+// row fails the whole request.
+constexpr HandlerPolicy wholeListHandler(const char *entryTrace)
+{
+    return {HandlerPolicy::SetAnswer::ReadOnlyAtOnce, HandlerPolicy::MissingRow::EveryRequest, false,
+            HandlerPolicy::EntryTrace::Mode, entryTrace, nullptr, nullptr, nullptr};
+}
+
+// The handler of the tables that belong with a settable group (voltages,
+// temperatures, LEDs): requests are taken one by one, and the trace names
+// the group's SET state.
+constexpr HandlerPolicy perRequestHandler(const int32_t *groupState)
+{
+    return {HandlerPolicy::SetAnswer::ReadOnlyOnceARowIsFound, HandlerPolicy::MissingRow::FirstRequest, false,
+            HandlerPolicy::EntryTrace::ModeAndGroupState, nullptr, groupState, nullptr, nullptr};
+}
+
+// The RAID and adapter tables' handler: GET only, each request answered on
+// its own.
+constexpr HandlerPolicy getOnlyHandler(HandlerPolicy::EntryTrace entry, const char *requestToken = nullptr,
+                                       const char *requestTrace = nullptr)
+{
+    return {HandlerPolicy::SetAnswer::LeftAlone, HandlerPolicy::MissingRow::ThatRequest, true, entry, nullptr,
+            nullptr, requestToken, requestTrace};
+}
+
+// The platform function a table's rows depend on. While it is not offered
+// the rows are freed and every walk finds the table empty.
+struct SupportGate {
+    bool (*offered)();
+    // Logged to the controller's trace log from the table's get-first
+    // routine ("%s[%d] ...": its name and line) when the function is not
+    // offered; null for none.
+    const char *withdrawnLog;
+    // Logged as well when that freed rows ("%s[%d] %s has been released!",
+    // with the list head's name); null for none.
+    const char *releasedLog;
+};
+
+// A table whose registration depends on the platform: `withheld` answers
+// true (and says why) for a platform without it, given the routine asking.
+struct RegistrationGate {
+    bool (*withheld)(const char *routine);
+    // Asked in init_T rather than in initialize_table_T.
+    bool askedByInit;
+};
+
+struct Table {
+    // ---- what the table is
     const char *name; // registration name and debug token, e.g. "fanTable"
     const oid *rootOid;
     size_t rootOidLength;
     unsigned maxColumn;
     std::span<const Column> columns;
-    TableHandlerStyle handlerStyle;
+
+    // ---- how its rows are kept
+    // How createEntry makes a row: zero-filled (listed later by insertEntry),
+    // or as a copy of a row the loader filled, listed at once.
+    enum class RowMaking { ZeroFilled, CopyOfFilledRow } rowMaking = RowMaking::ZeroFilled;
+    RefreshRule refresh;
+    // The data-manager tables load inside their check routine; the others'
+    // check only answers whether the rows are fresh (1) or a load is due
+    // (0), and their get-first routine loads.
+    enum class Check { LoadsWhenDue, ReportsFreshness } check;
+    int (*load)();
+    // What a load's result means: nothing; nonzero ends this walk (the rows
+    // stay as the loader left them); ADAPTERS_FAILED empties the table.
+    enum class LoadFailure { Ignored, EndsTheWalk, EmptiesTheTable } loadFailure = LoadFailure::Ignored;
+    // The engine frees the rows before each load (the loader builds from
+    // nothing); otherwise the loader does.
+    bool clearedBeforeLoad = false;
+    const SupportGate *gate = nullptr;                   // null: always offered
+    const RegistrationGate *registration = nullptr; // null: always registered
+
+    // ---- how requests are answered
+    HandlerPolicy handler;
+
+    // ---- state
+    RowList rows;
+    int32_t stamp = 0; // whole seconds of the last check or load, as the rule keeps it
 };
 
-// Registers the table with the iterator helper (columns 1 to maxColumn,
-// one INTEGER index, rows sorted). Returns the agent's registration result.
-int registerTable(const TableInfo &table, Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first,
-                  Netsnmp_Next_Data_Point *next);
+// A table of `Row` rows; the row type gives the exported routines their
+// signatures.
+template <class RowRecord> struct TableOf : Table {
+    using Row = RowRecord;
+};
+// The result by which a loader says it failed outright (the adapter
+// group's ADAPTERS_FAILED); 1 there means a partial load, which stands.
+constexpr int kLoadFailedOutright = 2;
+
+template <class T> using RowOf = typename std::remove_cvref_t<T>::Row;
+
+// The column list of a table: its numbers ascend, and the list ends at or
+// before the table's last column.
+constexpr bool columnsAscendWithin(std::span<const Column> columns, unsigned maxColumn)
+{
+    unsigned previous = 0;
+    for (const Column &column : columns) {
+        if (column.number <= previous || column.number > maxColumn)
+            return false;
+        previous = column.number;
+    }
+    return true;
+}
+// Registers a table with the iterator helper (columns 1 to maxColumn, one
+// INTEGER index, rows sorted). Returns the agent's registration result. The
+// RAID and adapter groups register their tables from their own arrays.
+int registerIterator(const char *name, const oid *rootOid, size_t rootOidLength, unsigned maxColumn,
+                     Netsnmp_Node_Handler *handler, Netsnmp_First_Data_Point *first, Netsnmp_Next_Data_Point *next);
+
+// initialize_table_T and init_T: register the table unless its platform
+// withholds it.
+int registerTable(const Table &table, const char *routine, Netsnmp_Node_Handler *handler,
+                  Netsnmp_First_Data_Point *first, Netsnmp_Next_Data_Point *next);
+int initTable(const Table &table, const char *routine, int (*initializeTable)());
+
+// T_check_for_update: applies the refresh rule; a table that loads in its
+// check loads when due. 1 when the rows are fresh, 0 when a load was due.
+int checkForUpdate(Table &table);
+
+// The row a walk starts at, after the check and, where the check does not
+// load, the load; null when the walk finds the table empty. `routine` and
+// `line` name the get-first routine in the gate's log lines.
+orv3_row_head_t *firstRow(Table &table, const char *routine, int line);
+
+// T_createEntry: a zero-filled row (null for a null hint), or a listed copy
+// of the filled row `source` (null when there is no room).
+orv3_row_head_t *createEntry(Table &table, const void *source, size_t rowSize);
+
+// Frees `from` and every row after it.
+void clearRowsFrom(RowList &rows, orv3_row_head_t *from);
 
 // A row's index as its OID arc: the 32 bits of the stored index, unsigned,
 // exactly as they go on the wire. Built any wider (a negative index sign-
@@ -209,110 +345,97 @@ inline netsnmp_variable_list *nextDataPoint(void **loopContext, void **dataConte
     return index;
 }
 
-// The table handler: readOnly for every SET phase, GET answered per column.
-int tableHandler(const TableInfo &table, const char *handlerName, int (*updateRow)(int, orv3_row_head_t *),
-                 netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests,
-                 std::source_location where = std::source_location::current());
+// The table handler: answers the requests of one pass from their rows, as
+// the table's handler policy says.
+int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_request_info *reqinfo,
+                 netsnmp_request_info *requests, std::source_location where = std::source_location::current());
 
 } // namespace orv3
 
-// Stamps out the exported routine family of one cached row table T with row
-// record ROW, given `T_info` (TableInfo), `T_rows` (RowList), `T_refresh`
-// (RefreshRule) and `T_stamp` (int32_t) in the table's file, and the
-// table-specific `initialize_T_local` and `T_update_row` defined there too.
-// The registration routines come from ORV3_ROW_TABLE_REGISTRATION, unless a
-// table registers in a way of its own. A table whose rows are made or whose
-// cache is checked in a way of its own takes the parts it shares:
-// ORV3_ROW_TABLE_LIST_ROUTINES and ORV3_ROW_TABLE_WALK_ROUTINES.
-#define ORV3_ROW_TABLE_ROUTINES(T, ROW)                                                                                \
-    extern "C" {                                                                                                       \
-    ROW *T##_createEntry(void *hint)                                                                                   \
-    {                                                                                                                  \
-        return reinterpret_cast<ROW *>(::orv3::allocateRow(hint, sizeof(ROW)));                                        \
-    }                                                                                                                  \
-    }                                                                                                                  \
-    ORV3_ROW_TABLE_LIST_ROUTINES(T, ROW)                                                                               \
-    ORV3_ROW_TABLE_WALK_ROUTINES(T, ROW)                                                                               \
-    extern "C" {                                                                                                       \
-    void T##_check_for_update(void)                                                                                    \
-    {                                                                                                                  \
-        if (::orv3::refreshDue(T##_refresh, T##_stamp, ::orv3::nowSeconds()))                                          \
-            initialize_##T##_local();                                                                                  \
-    }                                                                                                                  \
-    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
-                                                    netsnmp_iterator_info *info)                                       \
-    {                                                                                                                  \
-        T##_check_for_update();                                                                                        \
-        *loop = T##_rows.head();                                                                                       \
-        return T##_get_next_data_point(loop, data, index, info);                                                       \
-    }                                                                                                                  \
-    }
-
-// insertEntry, removeEntry and clear over `T_rows`.
-#define ORV3_ROW_TABLE_LIST_ROUTINES(T, ROW)                                                                           \
-    extern "C" {                                                                                                       \
-    ROW *T##_insertEntry(ROW *row)                                                                                     \
-    {                                                                                                                  \
-        T##_rows.insertInOrder(&row->head);                                                                            \
-        return row;                                                                                                    \
-    }                                                                                                                  \
-    void T##_removeEntry(ROW *row)                                                                                     \
-    {                                                                                                                  \
-        T##_rows.remove(row ? &row->head : nullptr);                                                                   \
-    }                                                                                                                  \
-    void T##_clear(void)                                                                                               \
-    {                                                                                                                  \
-        T##_rows.clear();                                                                                              \
-    }                                                                                                                  \
-    }
-
-// The iterator's get-next step and the table handler.
-#define ORV3_ROW_TABLE_WALK_ROUTINES(T, ROW)                                                                           \
+// Stamps out the exported routine family of table T from its descriptor (a
+// TableOf<Row> defined before it in the table's file): the iterator's
+// get-first and get-next pair, the check, the row routines, the handler and
+// the registration. Which of them a table exports, exports.map says, as the
+// module's design names them; a routine that differs for one table is
+// written beside its descriptor instead.
+#define ORV3_TABLE(T, descriptor)                                                                                      \
+    using T##_row_t = ::orv3::RowOf<decltype(descriptor)>;                                                             \
     extern "C" {                                                                                                       \
     netsnmp_variable_list *T##_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,             \
                                                    netsnmp_iterator_info *)                                            \
     {                                                                                                                  \
         return ::orv3::nextDataPoint(loop, data, index);                                                               \
     }                                                                                                                  \
+    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
+                                                    netsnmp_iterator_info *)                                           \
+    {                                                                                                                  \
+        *loop = ::orv3::firstRow(descriptor, __func__, __LINE__);                                                      \
+        return ::orv3::nextDataPoint(loop, data, index);                                                               \
+    }                                                                                                                  \
+    int T##_check_for_update(void)                                                                                     \
+    {                                                                                                                  \
+        return ::orv3::checkForUpdate(descriptor);                                                                     \
+    }                                                                                                                  \
+    T##_row_t *T##_createEntry(const void *source)                                                                     \
+    {                                                                                                                  \
+        return reinterpret_cast<T##_row_t *>(::orv3::createEntry(descriptor, source, sizeof(T##_row_t)));                                 \
+    }                                                                                                                  \
+    T##_row_t *T##_insertEntry(T##_row_t *row)                                                                         \
+    {                                                                                                                  \
+        descriptor.rows.insertInOrder(&row->head);                                                                     \
+        return row;                                                                                                    \
+    }                                                                                                                  \
+    void T##_removeEntry(T##_row_t *row)                                                                               \
+    {                                                                                                                  \
+        descriptor.rows.remove(row ? &row->head : nullptr);                                                            \
+    }                                                                                                                  \
+    void T##_clear(void)                                                                                               \
+    {                                                                                                                  \
+        descriptor.rows.clear();                                                                                       \
+    }                                                                                                                  \
+    void clearAll##T##Rows(T##_row_t *from)                                                                            \
+    {                                                                                                                  \
+        ::orv3::clearRowsFrom(descriptor.rows, from ? &from->head : nullptr);                                          \
+    }                                                                                                                  \
+    int T##_update_row(int, T##_row_t *)                                                                               \
+    {                                                                                                                  \
+        return 0;                                                                                                      \
+    }                                                                                                                  \
     int T##_handler(netsnmp_mib_handler *, netsnmp_handler_registration *, netsnmp_agent_request_info *reqinfo,        \
                     netsnmp_request_info *requests)                                                                    \
     {                                                                                                                  \
-        return ::orv3::tableHandler(                                                                                   \
-            T##_info, #T "_handler",                                                                                   \
-            [](int id, orv3_row_head_t *row) { return T##_update_row(id, reinterpret_cast<ROW *>(row)); }, reqinfo,    \
-            requests);                                                                                                 \
+        return ::orv3::tableHandler(descriptor, #T "_handler", reqinfo, requests);                                     \
     }                                                                                                                  \
-    }
-
-// init_T and initialize_table_T: register the table as it is.
-#define ORV3_ROW_TABLE_REGISTRATION(T)                                                                                 \
-    extern "C" {                                                                                                       \
     int initialize_table_##T(void)                                                                                     \
     {                                                                                                                  \
-        return ::orv3::registerTable(T##_info, T##_handler, T##_get_first_data_point, T##_get_next_data_point);        \
+        return ::orv3::registerTable(descriptor, __func__, T##_handler, T##_get_first_data_point,                      \
+                                     T##_get_next_data_point);                                                         \
     }                                                                                                                  \
     int init_##T(void)                                                                                                 \
     {                                                                                                                  \
-        return initialize_table_##T();                                                                                 \
+        return ::orv3::initTable(descriptor, __func__, initialize_table_##T);                                          \
     }                                                                                                                  \
     }
 
-// Declares the engine routines of table T (ROW rows) and its own loader
-// and row hook, for the table's header. Routines particular to a table
-// (copy, row count, commit) are declared beside it.
-#define ORV3_ROW_TABLE_DECLARATIONS(T, ROW)                                                                            \
+// Declares the routine family of table T (ROW rows) for the table's header.
+// Routines particular to a table (copy, row count, commit) are declared
+// beside it.
+#define ORV3_TABLE_DECLARATIONS(T, ROW)                                                                                \
     extern "C" {                                                                                                       \
     extern orv3_row_head_t *T##_head;                                                                                  \
-    extern size_t T##_oid_len;                                                                                         \
-    ROW *T##_createEntry(void *hint);                                                                                  \
+    netsnmp_variable_list *T##_get_first_data_point(void **loop, void **data, netsnmp_variable_list *index,            \
+                                                    netsnmp_iterator_info *info);                                      \
+    netsnmp_variable_list *T##_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,             \
+                                                   netsnmp_iterator_info *info);                                       \
+    int T##_check_for_update(void);                                                                                    \
+    ROW *T##_createEntry(const void *source);                                                                          \
     ROW *T##_insertEntry(ROW *row);                                                                                    \
     void T##_removeEntry(ROW *row);                                                                                    \
     void T##_clear(void);                                                                                              \
-    void T##_check_for_update(void);                                                                                   \
-    int initialize_##T##_local(void);                                                                                  \
+    void clearAll##T##Rows(ROW *from);                                                                                 \
     int T##_update_row(int request_id, ROW *row);                                                                      \
     int T##_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,                               \
                     netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);                              \
-    int init_##T(void);                                                                                                \
     int initialize_table_##T(void);                                                                                    \
+    int init_##T(void);                                                                                                \
     }

@@ -40,19 +40,22 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(19, Row, securityState), ORV3_TEXT_FIELD_COLUMN(20, Row, healthState),
 };
 
-const orv3::TableInfo systemAepDIMMVpdTable_info = {
+// A load that cannot read the module list ends the walk with the rows it
+// left (none: it frees them first).
+orv3::TableOf<systemAepDIMMVpdTable_entry_t> systemAepDIMMVpdTable_table = {{
     .name = "systemAepDIMMVpdTable",
     .rootOid = systemAepDIMMVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemAepDIMMVpdTable_oid),
     .maxColumn = 20,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "systemAepDIMMVpdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule kPersistentMemoryRefresh = {orv3::RefreshRule::FixedPeriod, 5};
-int32_t systemAepDIMMVpdTable_stamp = 0;
-orv3::RowList systemAepDIMMVpdTable_rows(systemAepDIMMVpdTable_head);
+    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
+    .refresh = {orv3::RefreshRule::FixedPeriod, 5},
+    .check = orv3::Table::Check::ReportsFreshness,
+    .load = AepDIMM_loadData,
+    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
+    .handler = orv3::wholeListHandler("systemAepDIMMVpdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(systemAepDIMMVpdTable_head),
+}};
 
 // A text field of the record, blank-stripped as the storage texts are.
 template <size_t N> void stripInto(orv3_text256_t &column, const char (&field)[N])
@@ -125,27 +128,6 @@ int ConvertCapacity(uint32_t low, uint32_t high, char *buffer, int32_t size)
     return snprintf(buffer, static_cast<size_t>(size), format, static_cast<double>(value));
 }
 
-int systemAepDIMMVpdTable_update_row(int, systemAepDIMMVpdTable_entry_t *)
-{
-    return 0;
-}
-
-int systemAepDIMMVpdTable_check_for_update(void)
-{
-    return orv3::refreshDue(kPersistentMemoryRefresh, systemAepDIMMVpdTable_stamp, orv3::nowSeconds()) ? 0 : 1;
-}
-
-systemAepDIMMVpdTable_entry_t *systemAepDIMMVpdTable_createEntry(const systemAepDIMMVpdTable_entry_t *row)
-{
-    auto *listed = reinterpret_cast<Row *>(orv3::allocateRow(row, sizeof(Row)));
-    if (!listed)
-        return nullptr;
-    memcpy(listed, row, sizeof(Row));
-    listed->head.next = nullptr;
-    systemAepDIMMVpdTable_rows.insertInOrder(&listed->head);
-    return listed;
-}
-
 int arrangeAepDIMMDataAndCreateArow(const inventory_db_memory_t *memory, systemAepDIMMVpdTable_entry_t *row,
                                     int32_t *index)
 {
@@ -216,20 +198,6 @@ int AepDIMM_loadData(void)
     return 0;
 }
 
-netsnmp_variable_list *systemAepDIMMVpdTable_get_first_data_point(void **loop, void **data,
-                                                                  netsnmp_variable_list *index,
-                                                                  netsnmp_iterator_info *info)
-{
-    if (systemAepDIMMVpdTable_check_for_update() == 0 && AepDIMM_loadData() == 1) {
-        *loop = nullptr;
-        return nullptr;
-    }
-    *loop = systemAepDIMMVpdTable_rows.head();
-    return systemAepDIMMVpdTable_get_next_data_point(loop, data, index, info);
-}
-
 } // extern "C"
 
-ORV3_ROW_TABLE_LIST_ROUTINES(systemAepDIMMVpdTable, systemAepDIMMVpdTable_entry_t)
-ORV3_ROW_TABLE_WALK_ROUTINES(systemAepDIMMVpdTable, systemAepDIMMVpdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(systemAepDIMMVpdTable)
+ORV3_TABLE(systemAepDIMMVpdTable, systemAepDIMMVpdTable_table)

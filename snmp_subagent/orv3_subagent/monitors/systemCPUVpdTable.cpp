@@ -12,11 +12,6 @@ extern "C" {
 orv3_row_head_t *systemCPUVpdTable_head = nullptr;
 size_t systemCPUVpdTable_oid_len = OID_LENGTH(systemCPUVpdTable_oid);
 
-int systemCPUVpdTable_update_row(int, systemCPUVpdTable_entry_t *)
-{
-    return 0;
-}
-
 } // extern "C"
 
 namespace {
@@ -38,21 +33,19 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(12, Row, model),
 };
 
-const orv3::TableInfo systemCPUVpdTable_info = {
+orv3::TableOf<systemCPUVpdTable_entry_t> systemCPUVpdTable_table = {{
     .name = "systemCPUVpdTable",
     .rootOid = systemCPUVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemCPUVpdTable_oid),
     .maxColumn = 12,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "systemCPUVpdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule systemCPUVpdTable_refresh = {orv3::RefreshRule::SlidingPeriod, 1};
-int32_t systemCPUVpdTable_stamp = 0;
-orv3::RowList systemCPUVpdTable_rows(systemCPUVpdTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 1},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_systemCPUVpdTable_local,
+    .handler = orv3::wholeListHandler("systemCPUVpdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(systemCPUVpdTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(systemCPUVpdTable, systemCPUVpdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(systemCPUVpdTable)
+ORV3_TABLE(systemCPUVpdTable, systemCPUVpdTable_table)

@@ -11,11 +11,6 @@ extern "C" {
 orv3_row_head_t *systemComponentLevelVpdTable_head = nullptr;
 size_t systemComponentLevelVpdTable_oid_len = OID_LENGTH(systemComponentLevelVpdTable_oid);
 
-int systemComponentLevelVpdTable_update_row(int, systemComponentLevelVpdTable_entry_t *)
-{
-    return 0;
-}
-
 } // extern "C"
 
 namespace {
@@ -28,21 +23,19 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(5, Row, manufacturing_id),
 };
 
-const orv3::TableInfo systemComponentLevelVpdTable_info = {
+orv3::TableOf<systemComponentLevelVpdTable_entry_t> systemComponentLevelVpdTable_table = {{
     .name = "systemComponentLevelVpdTable",
     .rootOid = systemComponentLevelVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemComponentLevelVpdTable_oid),
     .maxColumn = 5,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "systemComponentLevelVpdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule systemComponentLevelVpdTable_refresh = {orv3::RefreshRule::SlidingPeriod, 3};
-int32_t systemComponentLevelVpdTable_stamp = 0;
-orv3::RowList systemComponentLevelVpdTable_rows(systemComponentLevelVpdTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_systemComponentLevelVpdTable_local,
+    .handler = orv3::wholeListHandler("systemComponentLevelVpdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(systemComponentLevelVpdTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(systemComponentLevelVpdTable, systemComponentLevelVpdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(systemComponentLevelVpdTable)
+ORV3_TABLE(systemComponentLevelVpdTable, systemComponentLevelVpdTable_table)

@@ -22,26 +22,20 @@ constexpr orv3::Column systemHealthSummaryTable_columns[] = {
     ORV3_TEXT_COLUMN(3, Row, description, description_len),
 };
 
-const orv3::TableInfo systemHealthSummaryTable_info = {
+orv3::TableOf<systemHealthSummaryTable_entry_t> systemHealthSummaryTable_table = {{
     .name = "systemHealthSummaryTable",
     .rootOid = systemHealthSummaryTable_oid,
     .rootOidLength = OID_LENGTH(systemHealthSummaryTable_oid),
     .maxColumn = 3,
     .columns = systemHealthSummaryTable_columns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "systemHealthSummaryTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule systemHealthSummaryTable_refresh = {orv3::RefreshRule::SlidingPeriod, 3};
-int32_t systemHealthSummaryTable_stamp = 0;
-orv3::RowList systemHealthSummaryTable_rows(systemHealthSummaryTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_systemHealthSummaryTable_local,
+    .handler = orv3::wholeListHandler("systemHealthSummaryTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(systemHealthSummaryTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(systemHealthSummaryTable, systemHealthSummaryTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(systemHealthSummaryTable)
+ORV3_TABLE(systemHealthSummaryTable, systemHealthSummaryTable_table)
 
-extern "C" int systemHealthSummaryTable_update_row(int, systemHealthSummaryTable_entry_t *)
-{
-    return 0;
-}

@@ -14,11 +14,6 @@ size_t systemMemoryVpdTable_oid_len = OID_LENGTH(systemMemoryVpdTable_oid);
 // The table is never written: no SET reaches its rows, so this stays empty.
 quel_dm_varlist_t psystemMemoryVpdTableVars = nullptr;
 
-int systemMemoryVpdTable_update_row(int, systemMemoryVpdTable_entry_t *)
-{
-    return 0;
-}
-
 int systemMemoryVpdTable_commit_row(int request_id, systemMemoryVpdTable_entry_t *row)
 {
     return orv3::commitRowOfGroup(__func__, "systemMemoryVpdTable", "s/hw_health/memory[%ld]",
@@ -46,21 +41,19 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(12, Row, aep_flag),
 };
 
-const orv3::TableInfo systemMemoryVpdTable_info = {
+orv3::TableOf<systemMemoryVpdTable_entry_t> systemMemoryVpdTable_table = {{
     .name = "systemMemoryVpdTable",
     .rootOid = systemMemoryVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemMemoryVpdTable_oid),
     .maxColumn = 12,
     .columns = servedColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::WholeList,
-                     .entryTrace = "systemMemoryVpdTable_handler: reqinfo->mode = %d\n",
-                     .groupState = nullptr},
-};
-const orv3::RefreshRule systemMemoryVpdTable_refresh = {orv3::RefreshRule::SlidingPeriod, 3};
-int32_t systemMemoryVpdTable_stamp = 0;
-orv3::RowList systemMemoryVpdTable_rows(systemMemoryVpdTable_head);
+    .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_systemMemoryVpdTable_local,
+    .handler = orv3::wholeListHandler("systemMemoryVpdTable_handler: reqinfo->mode = %d\n"),
+    .rows = orv3::RowList(systemMemoryVpdTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(systemMemoryVpdTable, systemMemoryVpdTable_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(systemMemoryVpdTable)
+ORV3_TABLE(systemMemoryVpdTable, systemMemoryVpdTable_table)

@@ -15,31 +15,24 @@ size_t tempTable_oid_len = OID_LENGTH(tempTable_oid);
 
 namespace {
 
-const orv3::TableInfo tempTable_info = {
+orv3::TableOf<sensor_text_entry_t> tempTable_table = {{
     .name = "tempTable",
     .rootOid = tempTable_oid,
     .rootOidLength = OID_LENGTH(tempTable_oid),
     .maxColumn = 11,
     .columns = orv3::kSensorTextColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::PerRequest,
-                     .entryTrace = nullptr,
-                     .groupState = &temperatureHandlerState},
-};
-const orv3::RefreshRule tempTable_refresh = {orv3::RefreshRule::NewSecond, 0};
-int32_t tempTable_stamp = 0;
-orv3::RowList tempTable_rows(tempTable_head);
+    .refresh = {orv3::RefreshRule::NewSecond, 0},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_tempTable_local,
+    .handler = orv3::perRequestHandler(&temperatureHandlerState),
+    .rows = orv3::RowList(tempTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(tempTable, sensor_text_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(tempTable)
+ORV3_TABLE(tempTable, tempTable_table)
 
 extern "C" {
-
-int tempTable_update_row(int, sensor_text_entry_t *)
-{
-    return 0;
-}
 
 // Nothing reaches this while the table is read-only; it writes nothing.
 int tempTable_commit_row(int request_id, sensor_text_entry_t *row)

@@ -13,4 +13,5 @@ int tempTable_commit_row(int request_id, sensor_text_entry_t *row);
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(tempTable, sensor_text_entry_t)
+ORV3_TABLE_DECLARATIONS(tempTable, sensor_text_entry_t)
+extern "C" int initialize_tempTable_local(void);

@@ -15,31 +15,24 @@ size_t voltTable_oid_len = OID_LENGTH(voltTable_oid);
 
 namespace {
 
-const orv3::TableInfo voltTable_info = {
+orv3::TableOf<sensor_text_entry_t> voltTable_table = {{
     .name = "voltTable",
     .rootOid = voltTable_oid,
     .rootOidLength = OID_LENGTH(voltTable_oid),
     .maxColumn = 11,
     .columns = orv3::kSensorTextColumns,
-    .handlerStyle = {.kind = orv3::TableHandlerStyle::PerRequest,
-                     .entryTrace = nullptr,
-                     .groupState = &voltageHandlerState},
-};
-const orv3::RefreshRule voltTable_refresh = {orv3::RefreshRule::NewSecond, 0};
-int32_t voltTable_stamp = 0;
-orv3::RowList voltTable_rows(voltTable_head);
+    .refresh = {orv3::RefreshRule::NewSecond, 0},
+    .check = orv3::Table::Check::LoadsWhenDue,
+    .load = initialize_voltTable_local,
+    .handler = orv3::perRequestHandler(&voltageHandlerState),
+    .rows = orv3::RowList(voltTable_head),
+}};
 
 } // namespace
 
-ORV3_ROW_TABLE_ROUTINES(voltTable, sensor_text_entry_t)
-ORV3_ROW_TABLE_REGISTRATION(voltTable)
+ORV3_TABLE(voltTable, voltTable_table)
 
 extern "C" {
-
-int voltTable_update_row(int, sensor_text_entry_t *)
-{
-    return 0;
-}
 
 // Nothing reaches this while the table is read-only; it writes nothing.
 int voltTable_commit_row(int request_id, sensor_text_entry_t *row)

@@ -13,4 +13,5 @@ int voltTable_commit_row(int request_id, sensor_text_entry_t *row);
 
 } // extern "C"
 
-ORV3_ROW_TABLE_DECLARATIONS(voltTable, sensor_text_entry_t)
+ORV3_TABLE_DECLARATIONS(voltTable, sensor_text_entry_t)
+extern "C" int initialize_voltTable_local(void);
