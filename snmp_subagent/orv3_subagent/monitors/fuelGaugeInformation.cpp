@@ -19,6 +19,7 @@
 #include "orv3/power.h"
 
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -28,21 +29,104 @@ constexpr char kToken[] = "fuelGaugeInformation";
 constexpr char kPerModeToken[] = "powerPolicyInformation";
 constexpr unsigned long kNoCappingFlag = 0x8000;
 
-#define ORV3_FUEL_GAUGE_OID(arc)                                                                                       \
-    {                                                                                                                  \
-        1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 10, 1, arc, 0                                                               \
-    }
-constexpr size_t kObjects = 13;
-const oid kOids[kObjects][14] = {
-    ORV3_FUEL_GAUGE_OID(1),  ORV3_FUEL_GAUGE_OID(2),  ORV3_FUEL_GAUGE_OID(3),  ORV3_FUEL_GAUGE_OID(4),
-    ORV3_FUEL_GAUGE_OID(5),  ORV3_FUEL_GAUGE_OID(6),  ORV3_FUEL_GAUGE_OID(7),  ORV3_FUEL_GAUGE_OID(8),
-    ORV3_FUEL_GAUGE_OID(9),  ORV3_FUEL_GAUGE_OID(10), ORV3_FUEL_GAUGE_OID(11), ORV3_FUEL_GAUGE_OID(12),
-    ORV3_FUEL_GAUGE_OID(13),
-};
-#undef ORV3_FUEL_GAUGE_OID
+// ---- the objects, one row each ------------------------------------------------------
 
-orv3::ScalarCell cells[kObjects];
-size_t sizes[kObjects] = {4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4};
+using orv3::InstanceKind;
+
+// Two independent platform tests, because the memory reading goes with the
+// PLATFLAGS bit but not with the family.
+struct Needs {
+    bool powerFamily;       // not one of the families without power objects
+    bool cappingAndReading; // no PLATFLAGS bit 0x8000
+};
+constexpr Needs kCappingPlatform = {.powerFamily = true, .cappingAndReading = true};
+constexpr Needs kPowerFamily = {.powerFamily = true, .cappingAndReading = false};
+constexpr Needs kMemoryReading = {.powerFamily = false, .cappingAndReading = true};
+constexpr Needs kEveryPlatform = {.powerFamily = false, .cappingAndReading = false};
+
+bool offers(Needs needs)
+{
+    return (!needs.powerFamily || !orv3::isFamilyWithoutPower()) &&
+           (!needs.cappingAndReading || !orv3::platformFlagSet(kNoCappingFlag));
+}
+
+// A settable object has no validate or commit routine: the agent's instance
+// helper takes a SET into the cell and nothing further happens.
+struct Kind {
+    InstanceKind instance;
+    int32_t asnType;
+    const char *typeLabel; // what the registration trace calls the type
+    int32_t maxSize;
+};
+constexpr Kind kReadOnlyInteger = {InstanceKind::ReadOnlyLong, ASN_INTEGER, "ASN_INTEGER", 4};
+constexpr Kind kSettableInteger = {InstanceKind::WritableLong, ASN_INTEGER, "ASN_INTEGER", 4};
+
+constexpr oid kGroupOid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 10, 1};
+constexpr size_t kOidLength = OID_LENGTH(kGroupOid) + 2; // the object's arc, then the instance arc 0
+
+// The rows are constants so that the exported declarations can be built
+// from them at compile time; only the value cell and its size change, so
+// they alone are mutable. The full OID lives in the row because the
+// exported record and the agent's registration point at it.
+struct Row {
+    constexpr Row(oid arc, const char *name, scalar_fn_t update, Needs needs, Kind kind)
+        : name(name), update(update), needs(needs), kind(kind)
+    {
+        for (size_t i = 0; i < OID_LENGTH(kGroupOid); ++i)
+            fullOid[i] = kGroupOid[i];
+        fullOid[kOidLength - 2] = arc;
+        fullOid[kOidLength - 1] = 0;
+    }
+    constexpr oid arc() const { return fullOid[kOidLength - 2]; }
+
+    oid fullOid[kOidLength] = {};
+    const char *name;
+    scalar_fn_t update;
+    Needs needs;
+    Kind kind;
+    mutable orv3::ScalarCell cell = 0;
+    mutable size_t size = 4;
+};
+
+// Spells the name once, so that the traced name and the update routine
+// cannot part.
+#define ORV3_FUEL_GAUGE_OBJECT(name) #name, fuelGaugeInformation_update_##name
+
+constexpr Row rows[] = {
+    {1, ORV3_FUEL_GAUGE_OBJECT(fuelGaugePowerCappingPolicySetting), kCappingPlatform, kSettableInteger},
+    {2, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeStaticPowerPcapSoftMin), kCappingPlatform, kReadOnlyInteger},
+    {3, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeStaticPowerPcapMin), kCappingPlatform, kReadOnlyInteger},
+    {4, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeStaticPowerPcapCurrentSetting), kCappingPlatform, kSettableInteger},
+    {5, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeStaticPowerPcapMax), kCappingPlatform, kReadOnlyInteger},
+    {6, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeStaticPowerPcapMode), kCappingPlatform, kSettableInteger},
+    {7, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeSystemMaxPower), kCappingPlatform, kReadOnlyInteger},
+    {8, ORV3_FUEL_GAUGE_OBJECT(fuelGaugePowerRemaining), kCappingPlatform, kReadOnlyInteger},
+    {9, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeTotalPowerAvaialble), kPowerFamily, kReadOnlyInteger},
+    {10, ORV3_FUEL_GAUGE_OBJECT(fuelGaugeTotalPowerInUse), kEveryPlatform, kReadOnlyInteger},
+    {11, ORV3_FUEL_GAUGE_OBJECT(fuelGaugePowerConsumptionCpu), kEveryPlatform, kReadOnlyInteger},
+    {12, ORV3_FUEL_GAUGE_OBJECT(fuelGaugePowerConsumptionMemory), kMemoryReading, kReadOnlyInteger},
+    {13, ORV3_FUEL_GAUGE_OBJECT(fuelGaugePowerConsumptionOther), kEveryPlatform, kReadOnlyInteger},
+};
+#undef ORV3_FUEL_GAUGE_OBJECT
+constexpr size_t kObjects = std::size(rows);
+
+// The registration trace lists the objects in row order, and has always
+// listed them by arc.
+constexpr bool inArcOrder()
+{
+    for (size_t i = 0; i < kObjects; ++i)
+        if (rows[i].arc() != i + 1)
+            return false;
+    return true;
+}
+static_assert(inArcOrder(), "rows run from arc 1 without a gap");
+
+constexpr scalar_decl_ex_t recordOf(size_t object)
+{
+    const Row &row = rows[object];
+    return {row.fullOid, kOidLength,       row.name,   row.kind.asnType, &row.cell,
+            &row.size,   row.kind.maxSize, row.update, nullptr,          nullptr};
+}
 
 // ---- the policy setting: capping policy and static caps ------------------------------
 
@@ -155,48 +239,6 @@ int32_t otherConsumption(const Readings &readings)
     return other;
 }
 
-// ---- which objects a platform serves -------------------------------------------------
-
-enum class Presence {
-    CappingPlatform, // not a family without power, and no PLATFLAGS bit 0x8000
-    PowerFamily,     // not a family without power
-    Always,
-    MemoryReading, // no PLATFLAGS bit 0x8000
-};
-
-struct Registration {
-    Presence presence;
-    orv3::InstanceKind kind;
-};
-
-using orv3::InstanceKind;
-constexpr Registration kRegistrations[kObjects] = {
-    {Presence::CappingPlatform, InstanceKind::WritableLong}, // 1 capping policy
-    {Presence::CappingPlatform, InstanceKind::ReadOnlyLong}, // 2 soft minimum
-    {Presence::CappingPlatform, InstanceKind::ReadOnlyLong}, // 3 minimum
-    {Presence::CappingPlatform, InstanceKind::WritableLong}, // 4 current cap
-    {Presence::CappingPlatform, InstanceKind::ReadOnlyLong}, // 5 maximum
-    {Presence::CappingPlatform, InstanceKind::WritableLong}, // 6 cap mode
-    {Presence::CappingPlatform, InstanceKind::ReadOnlyLong}, // 7 system power
-    {Presence::CappingPlatform, InstanceKind::ReadOnlyLong}, // 8 remaining
-    {Presence::PowerFamily, InstanceKind::ReadOnlyLong},     // 9 total available
-    {Presence::Always, InstanceKind::ReadOnlyLong},          // 10 in use
-    {Presence::Always, InstanceKind::ReadOnlyLong},          // 11 processors
-    {Presence::MemoryReading, InstanceKind::ReadOnlyLong},   // 12 memory
-    {Presence::Always, InstanceKind::ReadOnlyLong},          // 13 the rest
-};
-
-bool isPresent(Presence presence)
-{
-    switch (presence) {
-    case Presence::CappingPlatform: return !orv3::isFamilyWithoutPower() && !orv3::platformFlagSet(kNoCappingFlag);
-    case Presence::PowerFamily: return !orv3::isFamilyWithoutPower();
-    case Presence::Always: return true;
-    case Presence::MemoryReading: return !orv3::platformFlagSet(kNoCappingFlag);
-    }
-    return false;
-}
-
 } // namespace
 
 extern "C" {
@@ -276,28 +318,13 @@ int fuelGaugeInformation_update_fuelGaugePowerConsumptionOther(void *value, size
     return serveReading(__func__, value, size, otherConsumption);
 }
 
-#define ORV3_FUEL_GAUGE_DECL(arc, name)                                                                                \
-    {                                                                                                                  \
-        kOids[(arc)-1], OID_LENGTH(kOids[(arc)-1]), #name, ASN_INTEGER, &cells[(arc)-1], &sizes[(arc)-1], 4,           \
-            fuelGaugeInformation_update_##name, nullptr, nullptr                                                       \
-    }
+// A C array takes only a written list, and the exported declarations stay
+// constant data: one record per row, by index, then the end.
 scalar_decl_ex_t fuelGaugeInformation_decl[] = {
-    ORV3_FUEL_GAUGE_DECL(1, fuelGaugePowerCappingPolicySetting),
-    ORV3_FUEL_GAUGE_DECL(2, fuelGaugeStaticPowerPcapSoftMin),
-    ORV3_FUEL_GAUGE_DECL(3, fuelGaugeStaticPowerPcapMin),
-    ORV3_FUEL_GAUGE_DECL(4, fuelGaugeStaticPowerPcapCurrentSetting),
-    ORV3_FUEL_GAUGE_DECL(5, fuelGaugeStaticPowerPcapMax),
-    ORV3_FUEL_GAUGE_DECL(6, fuelGaugeStaticPowerPcapMode),
-    ORV3_FUEL_GAUGE_DECL(7, fuelGaugeSystemMaxPower),
-    ORV3_FUEL_GAUGE_DECL(8, fuelGaugePowerRemaining),
-    ORV3_FUEL_GAUGE_DECL(9, fuelGaugeTotalPowerAvaialble),
-    ORV3_FUEL_GAUGE_DECL(10, fuelGaugeTotalPowerInUse),
-    ORV3_FUEL_GAUGE_DECL(11, fuelGaugePowerConsumptionCpu),
-    ORV3_FUEL_GAUGE_DECL(12, fuelGaugePowerConsumptionMemory),
-    ORV3_FUEL_GAUGE_DECL(13, fuelGaugePowerConsumptionOther),
-    {},
+    recordOf(0), recordOf(1), recordOf(2), recordOf(3),  recordOf(4),  recordOf(5),  recordOf(6),
+    recordOf(7), recordOf(8), recordOf(9), recordOf(10), recordOf(11), recordOf(12), {},
 };
-#undef ORV3_FUEL_GAUGE_DECL
+static_assert(std::size(fuelGaugeInformation_decl) == kObjects + 1, "a record for every row");
 scalar_decl_ex_t *fuelGaugeInformation = fuelGaugeInformation_decl;
 
 int fuelGaugeInformation_handler(netsnmp_mib_handler *, netsnmp_handler_registration *,
@@ -311,9 +338,9 @@ int init_fuelGaugeInformation(void)
 {
     ORV3_TRACE(kToken, "Registering fuelGaugeInformation variables\n");
     for (size_t i = 0; i < kObjects; ++i)
-        if (isPresent(kRegistrations[i].presence))
-            orv3::registerScalar(__func__, kToken, fuelGaugeInformation_decl[i], kRegistrations[i].kind, "ASN_INTEGER",
-                                 fuelGaugeInformation_handler);
+        if (offers(rows[i].needs))
+            orv3::registerScalar(__func__, kToken, fuelGaugeInformation_decl[i], rows[i].kind.instance,
+                                 rows[i].kind.typeLabel, fuelGaugeInformation_handler);
     return 0;
 }
 
