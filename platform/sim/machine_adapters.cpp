@@ -129,7 +129,7 @@ template <class Record>
 Record packed(const json &entry, const std::string &pointer, const Checker &check, std::span<const PackedField> fields,
               const char *what, Record record = {})
 {
-    packObject(entry, pointer, check, fields, {}, what, record);
+    packObject(entry, pointer, check, fields, {}, what, kInventoryTexts, record);
     return record;
 }
 
@@ -139,7 +139,8 @@ NetworkPhysicalPort readPhysicalPort(const json &entry, const std::string &point
                                      uint16_t position)
 {
     NetworkPhysicalPort port;
-    packObject(entry, pointer, check, kPhysicalPortFields, {"logicalPorts"}, "physical port", port.record);
+    packObject(entry, pointer, check, kPhysicalPortFields, {"logicalPorts"}, "physical port", kInventoryTexts,
+               port.record);
     if (entry.contains("logicalPorts")) {
         port.logicalPorts = readArray<inventory_db_logical_port_t>(
             entry["logicalPorts"], pointer + "/logicalPorts", check, "logical ports",
@@ -214,7 +215,7 @@ PciAdapter readAdapter(const json &entry, const std::string &pointer, const Chec
                        std::set<uint32_t> &seenAdapters, std::set<uint32_t> &seenFunctions)
 {
     PciAdapter adapter;
-    packObject(entry, pointer, check, kAdapterFields, {"functions"}, "adapter", adapter.record);
+    packObject(entry, pointer, check, kAdapterFields, {"functions"}, "adapter", kInventoryTexts, adapter.record);
     const uint32_t key = adapter.record.adapterKey;
     check.expect(seenAdapters.insert(key).second, entry.contains("key") ? pointer + "/key" : pointer,
                  "another adapter has the key " + std::to_string(key));

@@ -43,7 +43,8 @@ std::vector<PersistentMemoryModule> readPersistentMemory(const json &section, co
     return readArray<PersistentMemoryModule>(
         section, pointer, check, "persistent-memory modules", [&](const json &entry, const std::string &at) {
             PersistentMemoryModule module;
-            packObject(entry, at, check, kMemoryFields, {"id"}, "persistent-memory module", module.record);
+            packObject(entry, at, check, kMemoryFields, {"id"}, "persistent-memory module", kInventoryTexts,
+                       module.record);
             if (entry.contains("id"))
                 module.id = wordField(entry["id"], at + "/id", check);
             check.expect(seen.insert(module.id).second, entry.contains("id") ? at + "/id" : at,

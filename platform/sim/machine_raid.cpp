@@ -1,220 +1,139 @@
-// The "features" and "raid" sections of a machine description. Every field
-// of a RAID link record is described by its own name; a table of fields per
-// record says where each goes and how wide it is, and the reader packs the
-// record's bytes once, as the library will hand them out.
-#include "machine_checks.h"
+// The "features" and "raid" sections of a machine description, each RAID
+// object packed into the records the RAID link library hands out (see
+// machine_records.h).
+#include "machine_records.h"
 
 #include "orv3/raid_link.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <set>
 #include <span>
+#include <vector>
 
 namespace orv3::sim {
 
 namespace {
 
-enum class FieldKind { Text, Unsigned, Signed };
-
-struct RecordField {
-    const char *name;
-    size_t offset;
-    FieldKind kind;
-    size_t width; // bytes
-};
-
-#define ORV3_TEXT_FIELD(name, T, member)                                                                               \
-    RecordField                                                                                                        \
-    {                                                                                                                  \
-        name, offsetof(T, member), FieldKind::Text, sizeof(T::member)                                                  \
-    }
-#define ORV3_UNSIGNED_FIELD(name, T, member)                                                                           \
-    RecordField                                                                                                        \
-    {                                                                                                                  \
-        name, offsetof(T, member), FieldKind::Unsigned, sizeof(T::member)                                              \
-    }
-#define ORV3_SIGNED_FIELD(name, T, member)                                                                             \
-    RecordField                                                                                                        \
-    {                                                                                                                  \
-        name, offsetof(T, member), FieldKind::Signed, sizeof(T::member)                                                \
-    }
-
 using Hw = raid_link_ctrl_hw_t;
-const RecordField kControllerFields[] = {
-    ORV3_TEXT_FIELD("text0", Hw, text_0),
-    ORV3_TEXT_FIELD("productName", Hw, product_name),
-    ORV3_TEXT_FIELD("text162", Hw, text_162),
-    ORV3_TEXT_FIELD("text195", Hw, text_195),
-    ORV3_TEXT_FIELD("text212", Hw, text_212),
-    ORV3_TEXT_FIELD("text245", Hw, text_245),
-    ORV3_TEXT_FIELD("text278", Hw, text_278),
-    ORV3_TEXT_FIELD("text295", Hw, text_295),
-    ORV3_UNSIGNED_FIELD("pciId314", Hw, pci_id_314),
-    ORV3_UNSIGNED_FIELD("pciId318", Hw, pci_id_318),
-    ORV3_UNSIGNED_FIELD("slot", Hw, slot_number),
-    ORV3_UNSIGNED_FIELD("byte321", Hw, byte_321),
-    ORV3_UNSIGNED_FIELD("byte322", Hw, byte_322),
-    ORV3_UNSIGNED_FIELD("byte323", Hw, byte_323),
-    ORV3_UNSIGNED_FIELD("cacheModuleStatus", Hw, cache_module_status),
-    ORV3_TEXT_FIELD("text584", Hw, text_584),
-    ORV3_UNSIGNED_FIELD("cacheSizeMb", Hw, cache_size_mb),
-    ORV3_TEXT_FIELD("text664", Hw, text_664),
-    ORV3_UNSIGNED_FIELD("value801", Hw, value_801),
-    ORV3_UNSIGNED_FIELD("zel", Hw, zel_flag),
-    ORV3_UNSIGNED_FIELD("flag815", Hw, flag_815),
+const PackedField kControllerFields[] = {
+    ORV3_PACK_TEXT("text0", Hw, text_0),
+    ORV3_PACK_TEXT("productName", Hw, product_name),
+    ORV3_PACK_TEXT("text162", Hw, text_162),
+    ORV3_PACK_TEXT("text195", Hw, text_195),
+    ORV3_PACK_TEXT("text212", Hw, text_212),
+    ORV3_PACK_TEXT("text245", Hw, text_245),
+    ORV3_PACK_TEXT("text278", Hw, text_278),
+    ORV3_PACK_TEXT("text295", Hw, text_295),
+    ORV3_PACK_UNSIGNED("pciId314", Hw, pci_id_314),
+    ORV3_PACK_UNSIGNED("pciId318", Hw, pci_id_318),
+    ORV3_PACK_UNSIGNED("slot", Hw, slot_number),
+    ORV3_PACK_UNSIGNED("byte321", Hw, byte_321),
+    ORV3_PACK_UNSIGNED("byte322", Hw, byte_322),
+    ORV3_PACK_UNSIGNED("byte323", Hw, byte_323),
+    ORV3_PACK_UNSIGNED("cacheModuleStatus", Hw, cache_module_status),
+    ORV3_PACK_TEXT("text584", Hw, text_584),
+    ORV3_PACK_UNSIGNED("cacheSizeMb", Hw, cache_size_mb),
+    ORV3_PACK_TEXT("text664", Hw, text_664),
+    ORV3_PACK_UNSIGNED("value801", Hw, value_801),
+    ORV3_PACK_UNSIGNED("zel", Hw, zel_flag),
+    ORV3_PACK_UNSIGNED("flag815", Hw, flag_815),
 };
 
-const RecordField kBatteryFields[] = {
-    ORV3_UNSIGNED_FIELD("present", Hw, battery_present),
-    ORV3_TEXT_FIELD("text325", Hw, battery_text_325),
-    ORV3_TEXT_FIELD("text454", Hw, battery_text_454),
-    ORV3_TEXT_FIELD("text471", Hw, battery_text_471),
-    ORV3_TEXT_FIELD("text504", Hw, battery_text_504),
-    ORV3_TEXT_FIELD("text537", Hw, battery_text_537),
-    ORV3_UNSIGNED_FIELD("type", Hw, battery_type),
-    ORV3_UNSIGNED_FIELD("energyFlag", Hw, battery_energy_flag),
-    ORV3_UNSIGNED_FIELD("energy", Hw, battery_energy),
-    ORV3_UNSIGNED_FIELD("remaining", Hw, battery_remaining),
-    ORV3_UNSIGNED_FIELD("full", Hw, battery_full),
-    ORV3_UNSIGNED_FIELD("voltage568", Hw, battery_voltage_568),
-    ORV3_UNSIGNED_FIELD("voltage570", Hw, battery_voltage_570),
-    ORV3_SIGNED_FIELD("current", Hw, battery_current),
-    ORV3_UNSIGNED_FIELD("temperature", Hw, battery_temperature),
-    ORV3_UNSIGNED_FIELD("status", Hw, battery_status),
+const PackedField kBatteryFields[] = {
+    ORV3_PACK_UNSIGNED("present", Hw, battery_present),
+    ORV3_PACK_TEXT("text325", Hw, battery_text_325),
+    ORV3_PACK_TEXT("text454", Hw, battery_text_454),
+    ORV3_PACK_TEXT("text471", Hw, battery_text_471),
+    ORV3_PACK_TEXT("text504", Hw, battery_text_504),
+    ORV3_PACK_TEXT("text537", Hw, battery_text_537),
+    ORV3_PACK_UNSIGNED("type", Hw, battery_type),
+    ORV3_PACK_UNSIGNED("energyFlag", Hw, battery_energy_flag),
+    ORV3_PACK_UNSIGNED("energy", Hw, battery_energy),
+    ORV3_PACK_UNSIGNED("remaining", Hw, battery_remaining),
+    ORV3_PACK_UNSIGNED("full", Hw, battery_full),
+    ORV3_PACK_UNSIGNED("voltage568", Hw, battery_voltage_568),
+    ORV3_PACK_UNSIGNED("voltage570", Hw, battery_voltage_570),
+    ORV3_PACK_SIGNED("current", Hw, battery_current),
+    ORV3_PACK_UNSIGNED("temperature", Hw, battery_temperature),
+    ORV3_PACK_UNSIGNED("status", Hw, battery_status),
 };
 
 using Fw = raid_link_fw_component_t;
-const RecordField kFirmwareFields[] = {
-    ORV3_TEXT_FIELD("text0", Fw, text_0),     ORV3_TEXT_FIELD("name", Fw, name),
-    ORV3_TEXT_FIELD("text98", Fw, text_98),   ORV3_TEXT_FIELD("text131", Fw, text_131),
-    ORV3_TEXT_FIELD("text260", Fw, text_260),
+const PackedField kFirmwareFields[] = {
+    ORV3_PACK_TEXT("text0", Fw, text_0),     ORV3_PACK_TEXT("name", Fw, name),
+    ORV3_PACK_TEXT("text98", Fw, text_98),   ORV3_PACK_TEXT("text131", Fw, text_131),
+    ORV3_PACK_TEXT("text260", Fw, text_260),
 };
 
 using Disk = raid_link_disk_hw_t;
-const RecordField kDriveFields[] = {
-    ORV3_TEXT_FIELD("text33", Disk, text_33),
-    ORV3_TEXT_FIELD("text162", Disk, text_162),
-    ORV3_TEXT_FIELD("text195", Disk, text_195),
-    ORV3_TEXT_FIELD("text212", Disk, text_212),
-    ORV3_TEXT_FIELD("text245", Disk, text_245),
-    ORV3_TEXT_FIELD("text311", Disk, text_311),
-    ORV3_TEXT_FIELD("text344", Disk, text_344),
-    ORV3_UNSIGNED_FIELD("flags", Disk, flags),
-    ORV3_UNSIGNED_FIELD("number411", Disk, number_411),
-    ORV3_UNSIGNED_FIELD("id413", Disk, id_413),
-    ORV3_UNSIGNED_FIELD("speed", Disk, speed),
-    ORV3_UNSIGNED_FIELD("blockSize", Disk, block_size),
-    ORV3_UNSIGNED_FIELD("blockCount", Disk, block_count),
-    ORV3_UNSIGNED_FIELD("driveNumber", Disk, drive_number),
-    ORV3_UNSIGNED_FIELD("mediaType", Disk, media_type),
-    ORV3_UNSIGNED_FIELD("interfaceType", Disk, interface_type),
-    ORV3_UNSIGNED_FIELD("temperature", Disk, temperature),
-    ORV3_UNSIGNED_FIELD("state", Disk, state),
-    ORV3_UNSIGNED_FIELD("health", Disk, health),
-    ORV3_UNSIGNED_FIELD("zel", Disk, zel_flag),
-    ORV3_UNSIGNED_FIELD("foreign", Disk, foreign),
-    ORV3_UNSIGNED_FIELD("dedicatedSpare", Disk, dedicated_spare),
-    ORV3_UNSIGNED_FIELD("readyToRemove", Disk, ready_to_remove),
-    ORV3_SIGNED_FIELD("rotationSpeed", Disk, rotation_speed),
-    ORV3_UNSIGNED_FIELD("counter539", Disk, counter_539),
-    ORV3_UNSIGNED_FIELD("counter543", Disk, counter_543),
-    ORV3_UNSIGNED_FIELD("counter547", Disk, counter_547),
-    ORV3_UNSIGNED_FIELD("remainingLife", Disk, remaining_life),
+const PackedField kDriveFields[] = {
+    ORV3_PACK_TEXT("text33", Disk, text_33),
+    ORV3_PACK_TEXT("text162", Disk, text_162),
+    ORV3_PACK_TEXT("text195", Disk, text_195),
+    ORV3_PACK_TEXT("text212", Disk, text_212),
+    ORV3_PACK_TEXT("text245", Disk, text_245),
+    ORV3_PACK_TEXT("text311", Disk, text_311),
+    ORV3_PACK_TEXT("text344", Disk, text_344),
+    ORV3_PACK_UNSIGNED("flags", Disk, flags),
+    ORV3_PACK_UNSIGNED("number411", Disk, number_411),
+    ORV3_PACK_UNSIGNED("id413", Disk, id_413),
+    ORV3_PACK_UNSIGNED("speed", Disk, speed),
+    ORV3_PACK_UNSIGNED("blockSize", Disk, block_size),
+    ORV3_PACK_UNSIGNED("blockCount", Disk, block_count),
+    ORV3_PACK_UNSIGNED("driveNumber", Disk, drive_number),
+    ORV3_PACK_UNSIGNED("mediaType", Disk, media_type),
+    ORV3_PACK_UNSIGNED("interfaceType", Disk, interface_type),
+    ORV3_PACK_UNSIGNED("temperature", Disk, temperature),
+    ORV3_PACK_UNSIGNED("state", Disk, state),
+    ORV3_PACK_UNSIGNED("health", Disk, health),
+    ORV3_PACK_UNSIGNED("zel", Disk, zel_flag),
+    ORV3_PACK_UNSIGNED("foreign", Disk, foreign),
+    ORV3_PACK_UNSIGNED("dedicatedSpare", Disk, dedicated_spare),
+    ORV3_PACK_UNSIGNED("readyToRemove", Disk, ready_to_remove),
+    ORV3_PACK_SIGNED("rotationSpeed", Disk, rotation_speed),
+    ORV3_PACK_UNSIGNED("counter539", Disk, counter_539),
+    ORV3_PACK_UNSIGNED("counter543", Disk, counter_543),
+    ORV3_PACK_UNSIGNED("counter547", Disk, counter_547),
+    ORV3_PACK_UNSIGNED("remainingLife", Disk, remaining_life),
 };
 
 using Pool = raid_link_array_t;
-const RecordField kPoolFields[] = {
-    ORV3_UNSIGNED_FIELD("number", Pool, pool_number),
-    ORV3_UNSIGNED_FIELD("totalSize", Pool, total_size),
-    ORV3_UNSIGNED_FIELD("freeSize", Pool, free_size),
+const PackedField kPoolFields[] = {
+    ORV3_PACK_UNSIGNED("number", Pool, pool_number),
+    ORV3_PACK_UNSIGNED("totalSize", Pool, total_size),
+    ORV3_PACK_UNSIGNED("freeSize", Pool, free_size),
 };
 
 using Volume = raid_link_volume_t;
-const RecordField kVolumeFields[] = {
-    ORV3_TEXT_FIELD("name", Volume, name),
-    ORV3_UNSIGNED_FIELD("number", Volume, volume_number),
-    ORV3_UNSIGNED_FIELD("stripeSize", Volume, stripe_size),
-    ORV3_UNSIGNED_FIELD("bootable", Volume, bootable),
-    ORV3_UNSIGNED_FIELD("blockSize", Volume, block_size),
-    ORV3_UNSIGNED_FIELD("blockCount", Volume, block_count),
-    ORV3_UNSIGNED_FIELD("state", Volume, state),
+const PackedField kVolumeFields[] = {
+    ORV3_PACK_TEXT("name", Volume, name),
+    ORV3_PACK_UNSIGNED("number", Volume, volume_number),
+    ORV3_PACK_UNSIGNED("stripeSize", Volume, stripe_size),
+    ORV3_PACK_UNSIGNED("bootable", Volume, bootable),
+    ORV3_PACK_UNSIGNED("blockSize", Volume, block_size),
+    ORV3_PACK_UNSIGNED("blockCount", Volume, block_count),
+    ORV3_PACK_UNSIGNED("state", Volume, state),
 };
 
-std::string knownNames(std::span<const RecordField> fields, std::initializer_list<const char *> others)
-{
-    std::string names;
-    for (const RecordField &field : fields)
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
-    for (const char *other : others)
-        names += std::string(", ") + other;
-    return names;
-}
+// The library hands out whatever its records hold, an overlong text cut to
+// its field as the controller would cut it: a state to simulate.
+constexpr Overflow kRaidTexts = Overflow::Cut;
 
-void putLittleEndian(RecordImage &image, size_t offset, uint64_t value, size_t width)
-{
-    for (size_t i = 0; i < width; ++i)
-        image[offset + i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-// A text shorter than its field is NUL-padded; one of the field's width or
-// longer fills the field, cut to it, without a terminator.
-void packField(const RecordField &field, const json &value, const std::string &pointer, const Checker &check,
-               RecordImage &image)
-{
-    switch (field.kind) {
-    case FieldKind::Text: {
-        check.expect(value.is_string(), pointer, "must be a text");
-        const std::string &text = value.get_ref<const std::string &>();
-        std::fill_n(image.begin() + static_cast<ptrdiff_t>(field.offset), field.width, 0);
-        memcpy(image.data() + field.offset, text.data(), std::min(text.size(), field.width));
-        return;
-    }
-    case FieldKind::Unsigned: {
-        const uint64_t max = field.width == 8 ? UINT64_MAX : (uint64_t{1} << (8 * field.width)) - 1;
-        putLittleEndian(image, field.offset, unsignedUpTo(value, pointer, max, check), field.width);
-        return;
-    }
-    case FieldKind::Signed: {
-        const int64_t max = (int64_t{1} << (8 * field.width - 1)) - 1;
-        check.expect(value.is_number_integer(), pointer, "must be an integer");
-        const bool fits = value.is_number_unsigned() ? value.get<uint64_t>() <= static_cast<uint64_t>(max)
-                                                     : value.get<int64_t>() >= -max - 1 && value.get<int64_t>() <= max;
-        check.expect(fits, pointer, "must be between " + std::to_string(-max - 1) + " and " + std::to_string(max));
-        putLittleEndian(image, field.offset, static_cast<uint64_t>(value.get<int64_t>()), field.width);
-        return;
-    }
-    }
-}
-
-// Packs the fields of `entry` that `fields` names; names in `own` are the
-// caller's, names starting with "_" comments, any other name an error.
+// Packs the fields of `entry` that `fields` names, over the bytes its "raw"
+// gives when it has one; names in `own` are the caller's.
 void packRecord(const json &entry, const std::string &pointer, const Checker &check,
-                std::span<const RecordField> fields, std::initializer_list<const char *> own, const char *what,
+                std::span<const PackedField> fields, std::vector<const char *> own, const char *what,
                 RecordImage &image)
 {
-    check.expect(entry.is_object(), pointer, std::string("a ") + what + " must be an object");
-    if (entry.contains("raw")) {
+    if (entry.is_object() && entry.contains("raw")) {
         std::vector<uint8_t> raw = hexBytes(entry["raw"], pointer + "/raw", check);
         check.expect(raw.size() <= image.size(), pointer + "/raw",
                      "a raw record holds at most " + std::to_string(image.size()) + " bytes");
         std::copy(raw.begin(), raw.end(), image.begin());
     }
-    for (const auto &[name, value] : entry.items()) {
-        const std::string field = pointer + "/" + escapeToken(name);
-        bool taken = name == "raw" || name.rfind("_", 0) == 0;
-        for (const char *ownName : own)
-            taken = taken || name == ownName;
-        if (taken)
-            continue;
-        const RecordField *known = nullptr;
-        for (const RecordField &candidate : fields)
-            if (name == candidate.name)
-                known = &candidate;
-        if (!known)
-            check.fail(field, std::string("unknown ") + what + " field (known: " + knownNames(fields, own) + ", raw)");
-        packField(*known, value, field, check, image);
-    }
+    own.push_back("raw");
+    packObject(entry, pointer, check, fields, own, what, kRaidTexts, image.data());
 }
 
 uint32_t identifier(const json &entry, const std::string &pointer, const Checker &check, const char *what,
