@@ -251,6 +251,19 @@ private:
 // Parses and checks a description; `file` names it in errors.
 std::shared_ptr<const Machine> parseMachine(const std::string &text, const std::string &file);
 
+// An integer the services hand out as 32 signed bits: a description's value
+// is checked with it as the file is read, a value written through the data
+// manager as it is written, so that neither can be served cut.
+inline bool fitsInt32(const nlohmann::json &value)
+{
+    if (value.is_number_unsigned())
+        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
+    if (!value.is_number_integer())
+        return false;
+    auto wide = value.get<int64_t>();
+    return wide >= INT32_MIN && wide <= INT32_MAX;
+}
+
 // The description file, re-read when it changes.
 class MachineSource {
 public:

@@ -51,16 +51,6 @@ inline std::string escapeToken(const std::string &token)
     return escaped;
 }
 
-inline bool fitsInt32(const json &value)
-{
-    if (value.is_number_unsigned())
-        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
-    if (!value.is_number_integer())
-        return false;
-    auto wide = value.get<int64_t>();
-    return wide >= INT32_MIN && wide <= INT32_MAX;
-}
-
 class Checker {
 public:
     Checker(const std::string &file, const LineMap &lines) : file_(file), lines_(lines) {}

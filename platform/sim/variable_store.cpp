@@ -38,16 +38,6 @@ WrittenValues &written()
     return values;
 }
 
-bool fitsInt32(const json &value)
-{
-    if (value.is_number_unsigned())
-        return value.get<uint64_t>() <= static_cast<uint64_t>(INT32_MAX);
-    if (!value.is_number_integer())
-        return false;
-    auto wide = value.get<int64_t>();
-    return wide >= INT32_MIN && wide <= INT32_MAX;
-}
-
 // "<table>[<index>]/<name>": a variable of one table row.
 struct RowPath {
     std::string table;
