@@ -18,29 +18,14 @@
 #include <string>
 #include <vector>
 
+using orv3::sim::Entered;
 using orv3::sim::Machine;
 using orv3::sim::PciFunction;
-using orv3::sim::Platform;
 
 namespace {
 
 constexpr int32_t kFail = ORV_DB_STATUS_FAIL;
 constexpr int32_t kSuccess = ORV_DB_STATUS_SUCCESS;
-
-// The call's fault, or the machine; the caller fails when neither lets it answer.
-struct Entered {
-    std::optional<orv3::sim::Fault> fault;
-    std::shared_ptr<const Machine> machine;
-};
-
-Entered enter(const char *call, const std::string &key)
-{
-    Entered entered;
-    entered.fault = Platform::instance().enter(call, key);
-    if (!entered.fault)
-        entered.machine = Platform::instance().machine();
-    return entered;
-}
 
 const PciFunction *findFunction(const Machine &machine, uint32_t funcKey)
 {
@@ -71,7 +56,7 @@ template <class Item> bool handOut(const std::vector<Item> &items, uint32_t &cou
 // The function's record that `part` picks, copied into `out`.
 template <class Record, class Part> int32_t answerFunction(const char *call, uint32_t funcKey, Record *out, Part part)
 {
-    Entered entered = enter(call, std::to_string(funcKey));
+    Entered entered = orv3::sim::enter(call, std::to_string(funcKey));
     if (entered.fault)
         return entered.fault->result;
     const PciFunction *function = out ? findFunction(*entered.machine, funcKey) : nullptr;
@@ -86,7 +71,7 @@ template <class Record, class Part> int32_t answerFunction(const char *call, uin
 template <class List, class Item, class Part>
 int32_t handOutFunctionList(const char *call, uint32_t funcKey, List *list, Item *List::*array, Part part)
 {
-    Entered entered = enter(call, std::to_string(funcKey));
+    Entered entered = orv3::sim::enter(call, std::to_string(funcKey));
     if (entered.fault)
         return entered.fault->result;
     const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
@@ -121,7 +106,7 @@ extern "C" {
 
 int32_t orvdb_get_AEP_memory_list(inventory_db_id_list_t *list)
 {
-    Entered entered = enter(__func__, "");
+    Entered entered = orv3::sim::enter(__func__, "");
     if (entered.fault)
         return entered.fault->result;
     if (!list)
@@ -139,7 +124,7 @@ int32_t orvdb_get_AEP_memory_list(inventory_db_id_list_t *list)
 
 int32_t orvdb_get_memory_by_id(inventory_db_memory_t *memory, uint32_t id)
 {
-    Entered entered = enter(__func__, std::to_string(id));
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     if (!memory)
@@ -156,7 +141,7 @@ int32_t orvdb_get_memory_by_id(inventory_db_memory_t *memory, uint32_t id)
 
 int32_t orvdb_get_pci_adapter_list(uint32_t *count, inventory_db_adapter_t **adapters)
 {
-    Entered entered = enter(__func__, "");
+    Entered entered = orv3::sim::enter(__func__, "");
     if (entered.fault)
         return entered.fault->result;
     if (!count || !adapters)
@@ -169,7 +154,7 @@ int32_t orvdb_get_pci_adapter_list(uint32_t *count, inventory_db_adapter_t **ada
 
 int32_t orvdb_get_pci_funkey_list(uint32_t adapterKey, inventory_db_id_list_t *funcKeys)
 {
-    Entered entered = enter(__func__, std::to_string(adapterKey));
+    Entered entered = orv3::sim::enter(__func__, std::to_string(adapterKey));
     if (entered.fault)
         return entered.fault->result;
     if (!funcKeys)
@@ -224,7 +209,7 @@ int32_t orvdb_get_network_info(uint32_t funcKey, inventory_db_network_info_t *in
 
 int32_t orvdb_get_network_physical_port_list(uint32_t funcKey, inventory_db_physical_port_list_t *list)
 {
-    Entered entered = enter(__func__, std::to_string(funcKey));
+    Entered entered = orv3::sim::enter(__func__, std::to_string(funcKey));
     if (entered.fault)
         return entered.fault->result;
     const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
@@ -241,7 +226,7 @@ int32_t orvdb_get_network_physical_port_list(uint32_t funcKey, inventory_db_phys
 int32_t orvdb_get_network_logical_port_list2(uint32_t funcKey, uint32_t phyPortNo,
                                              inventory_db_logical_port_list_t *list)
 {
-    Entered entered = enter(__func__, std::to_string(funcKey) + "/" + std::to_string(phyPortNo));
+    Entered entered = orv3::sim::enter(__func__, std::to_string(funcKey) + "/" + std::to_string(phyPortNo));
     if (entered.fault)
         return entered.fault->result;
     const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;

@@ -63,6 +63,23 @@ private:
     std::vector<int64_t> faultMatches_; // calls each fault matched, the ones it let through first included
 };
 
+// The call's fault, or the machine to answer from: the start of a call
+// that answers from the description. The caller fails when neither lets it
+// answer.
+struct Entered {
+    std::optional<Fault> fault;
+    std::shared_ptr<const Machine> machine;
+};
+
+inline Entered enter(std::string_view call, std::string_view key)
+{
+    Entered entered;
+    entered.fault = Platform::instance().enter(call, key);
+    if (!entered.fault)
+        entered.machine = Platform::instance().machine();
+    return entered;
+}
+
 // Sets the `size` bytes a call wrote for its caller at `bytes` to the fill
 // byte of the fault the call entered with, when that fault has one. Every
 // service passes each record, text buffer and count it writes, after

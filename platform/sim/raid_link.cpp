@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+using orv3::sim::Entered;
 using orv3::sim::Platform;
 
 namespace {
@@ -33,21 +34,6 @@ template <class Item> const Item *find(const std::vector<Item> &items, uint32_t 
 {
     auto found = std::find_if(items.begin(), items.end(), [id](const Item &item) { return item.id == id; });
     return found == items.end() ? nullptr : &*found;
-}
-
-// The call's fault, or the machine; the caller fails when neither lets it answer.
-struct Entered {
-    std::optional<orv3::sim::Fault> fault;
-    std::shared_ptr<const orv3::sim::Machine> machine;
-};
-
-Entered enter(const char *call, uint32_t id)
-{
-    Entered entered;
-    entered.fault = Platform::instance().enter(call, std::to_string(id));
-    if (!entered.fault)
-        entered.machine = Platform::instance().machine();
-    return entered;
 }
 
 // Writes the bytes before the identifier: the image, zeros after it.
@@ -123,7 +109,7 @@ int32_t raidlink_get_ctrl_hw_info(raid_link_ctrl_hw_t *hw)
     if (!hw)
         return kFail;
     const uint32_t id = identifierOf(hw, offsetof(raid_link_ctrl_hw_t, ctrl_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *controller = find(entered.machine->raid.controllers, id);
@@ -138,7 +124,7 @@ int32_t raidlink_get_ctrl_fw_info(raid_link_fw_info_t *fw)
     if (!fw)
         return kFail;
     const uint32_t id = identifierOf(fw, offsetof(raid_link_fw_info_t, id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *controller = find(entered.machine->raid.controllers, id);
@@ -153,7 +139,7 @@ int32_t raidlink_get_ctrl_port_info(raid_link_ctrl_port_t *ports)
     if (!ports)
         return kFail;
     const uint32_t id = identifierOf(ports, offsetof(raid_link_ctrl_port_t, ctrl_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *controller = find(entered.machine->raid.controllers, id);
@@ -176,7 +162,7 @@ int32_t raidlink_get_array_list(raid_link_array_list_t *list)
     if (!list)
         return kFail;
     const uint32_t id = identifierOf(list, offsetof(raid_link_array_list_t, ctrl_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *controller = find(entered.machine->raid.controllers, id);
@@ -191,7 +177,7 @@ int32_t raidlink_get_ctrl_disk_list(raid_link_ctrl_disk_list_t *list)
     if (!list)
         return kFail;
     const uint32_t id = identifierOf(list, offsetof(raid_link_ctrl_disk_list_t, ctrl_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *controller = find(entered.machine->raid.controllers, id);
@@ -206,7 +192,7 @@ int32_t raidlink_get_disk_hw_info(raid_link_disk_hw_t *hw)
     if (!hw)
         return kFail;
     const uint32_t id = identifierOf(hw, offsetof(raid_link_disk_hw_t, disk_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *drive = find(entered.machine->raid.drives, id);
@@ -221,7 +207,7 @@ int32_t raidlink_get_disk_fw_info(raid_link_fw_info_t *fw)
     if (!fw)
         return kFail;
     const uint32_t id = identifierOf(fw, offsetof(raid_link_fw_info_t, id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *drive = find(entered.machine->raid.drives, id);
@@ -236,7 +222,7 @@ int32_t raidlink_get_array_info(raid_link_array_t *array)
     if (!array)
         return kFail;
     const uint32_t id = identifierOf(array, offsetof(raid_link_array_t, array_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *pool = find(entered.machine->raid.pools, id);
@@ -251,7 +237,7 @@ int32_t raidlink_get_array_volume_list(raid_link_array_volume_list_t *list)
     if (!list)
         return kFail;
     const uint32_t id = identifierOf(list, offsetof(raid_link_array_volume_list_t, array_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *pool = find(entered.machine->raid.pools, id);
@@ -266,7 +252,7 @@ int32_t raidlink_get_array_disk_list(raid_link_array_disk_list_t *list)
     if (!list)
         return kFail;
     const uint32_t id = identifierOf(list, offsetof(raid_link_array_disk_list_t, array_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *pool = find(entered.machine->raid.pools, id);
@@ -281,7 +267,7 @@ int32_t raidlink_get_volume_info(raid_link_volume_t *volume)
     if (!volume)
         return kFail;
     const uint32_t id = identifierOf(volume, offsetof(raid_link_volume_t, volume_id));
-    Entered entered = enter(__func__, id);
+    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
     if (entered.fault)
         return entered.fault->result;
     const auto *described = find(entered.machine->raid.volumes, id);
