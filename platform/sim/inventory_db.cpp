@@ -10,7 +10,7 @@
 // persistent-memory id array stays the database's and is never freed by its
 // caller (see memoryIds below).
 #include "orv3/inventory_db.h"
-#include "platform.h"
+#include "lookup_calls.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+using orv3::sim::answerLookup;
 using orv3::sim::Entered;
 using orv3::sim::Machine;
 using orv3::sim::PciFunction;
@@ -26,6 +27,7 @@ namespace {
 
 constexpr int32_t kFail = ORV_DB_STATUS_FAIL;
 constexpr int32_t kSuccess = ORV_DB_STATUS_SUCCESS;
+constexpr orv3::sim::LookupResults kResults = {kFail, kSuccess};
 
 const PciFunction *findFunction(const Machine &machine, uint32_t funcKey)
 {
@@ -53,37 +55,40 @@ template <class Item> bool handOut(const std::vector<Item> &items, uint32_t &cou
     return true;
 }
 
-// The function's record that `part` picks, copied into `out`.
-template <class Record, class Part> int32_t answerFunction(const char *call, uint32_t funcKey, Record *out, Part part)
+// A query of function `funcKey`, keyed by it; `write` answers from the
+// function. A null output is looked at only after the call is entered, as
+// the fault and the log line come first.
+template <class Output, class Write>
+int32_t answerFunction(const char *call, uint32_t funcKey, Output *out, Write write)
 {
-    Entered entered = orv3::sim::enter(call, std::to_string(funcKey));
-    if (entered.fault)
-        return entered.fault->result;
-    const PciFunction *function = out ? findFunction(*entered.machine, funcKey) : nullptr;
-    if (!function)
-        return kFail;
-    memcpy(out, &(function->*part), sizeof(Record));
-    orv3::sim::fillWritten(out);
-    return kSuccess;
+    return answerLookup(
+        call, std::to_string(funcKey), kResults,
+        [&](const Machine &machine) { return out ? findFunction(machine, funcKey) : nullptr; }, write);
+}
+
+// The function's record that `part` picks, copied into `out`.
+template <class Record, class Part>
+int32_t copyFunctionRecord(const char *call, uint32_t funcKey, Record *out, Part part)
+{
+    return answerFunction(call, funcKey, out, [&](const PciFunction &function) {
+        memcpy(out, &(function.*part), sizeof(Record));
+        orv3::sim::fillWritten(out);
+    });
 }
 
 // The function's list that `part` picks, handed out into `list`.
 template <class List, class Item, class Part>
 int32_t handOutFunctionList(const char *call, uint32_t funcKey, List *list, Item *List::*array, Part part)
 {
-    Entered entered = orv3::sim::enter(call, std::to_string(funcKey));
-    if (entered.fault)
-        return entered.fault->result;
-    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
-    if (!function)
-        return kFail;
-    uint32_t count = 0;
-    Item *items = nullptr;
-    if (!handOut(function->*part, count, items))
-        return kFail;
-    list->count = count;
-    list->*array = items;
-    return kSuccess;
+    return answerFunction(call, funcKey, list, [&](const PciFunction &function) {
+        uint32_t count = 0;
+        Item *items = nullptr;
+        if (!handOut(function.*part, count, items))
+            return false;
+        list->count = count;
+        list->*array = items;
+        return true;
+    });
 }
 
 // The persistent-memory id array stays the database's: its callers never
@@ -124,19 +129,20 @@ int32_t orvdb_get_AEP_memory_list(inventory_db_id_list_t *list)
 
 int32_t orvdb_get_memory_by_id(inventory_db_memory_t *memory, uint32_t id)
 {
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    if (!memory)
-        return kFail;
-    for (const auto &module : entered.machine->persistentMemory) {
-        if (module.id == id) {
+    return answerLookup(
+        __func__, std::to_string(id), kResults,
+        [&](const Machine &machine) -> const orv3::sim::PersistentMemoryModule * {
+            if (!memory)
+                return nullptr;
+            for (const auto &module : machine.persistentMemory)
+                if (module.id == id)
+                    return &module;
+            return nullptr;
+        },
+        [&](const orv3::sim::PersistentMemoryModule &module) {
             memcpy(memory, &module.record, sizeof *memory);
             orv3::sim::fillWritten(memory);
-            return kSuccess;
-        }
-    }
-    return kFail;
+        });
 }
 
 int32_t orvdb_get_pci_adapter_list(uint32_t *count, inventory_db_adapter_t **adapters)
@@ -154,46 +160,48 @@ int32_t orvdb_get_pci_adapter_list(uint32_t *count, inventory_db_adapter_t **ada
 
 int32_t orvdb_get_pci_funkey_list(uint32_t adapterKey, inventory_db_id_list_t *funcKeys)
 {
-    Entered entered = orv3::sim::enter(__func__, std::to_string(adapterKey));
-    if (entered.fault)
-        return entered.fault->result;
-    if (!funcKeys)
-        return kFail;
-    for (const auto &adapter : entered.machine->pci.adapters) {
-        if (adapter.record.adapterKey != adapterKey)
-            continue;
-        std::vector<uint32_t> keys;
-        for (const auto &function : adapter.functions)
-            keys.push_back(function.key);
-        uint32_t count = 0;
-        uint32_t *ids = nullptr;
-        if (!handOut(keys, count, ids))
-            return kFail;
-        funcKeys->count = count;
-        funcKeys->ids = ids;
-        return kSuccess;
-    }
-    return kFail;
+    return answerLookup(
+        __func__, std::to_string(adapterKey), kResults,
+        [&](const Machine &machine) -> const orv3::sim::PciAdapter * {
+            if (!funcKeys)
+                return nullptr;
+            for (const auto &adapter : machine.pci.adapters)
+                if (adapter.record.adapterKey == adapterKey)
+                    return &adapter;
+            return nullptr;
+        },
+        [&](const orv3::sim::PciAdapter &adapter) {
+            std::vector<uint32_t> keys;
+            for (const auto &function : adapter.functions)
+                keys.push_back(function.key);
+            uint32_t count = 0;
+            uint32_t *ids = nullptr;
+            if (!handOut(keys, count, ids))
+                return false;
+            funcKeys->count = count;
+            funcKeys->ids = ids;
+            return true;
+        });
 }
 
 int32_t orvdb_get_pci_function_type(uint32_t funcKey, uint32_t *type)
 {
-    return answerFunction(__func__, funcKey, type, &PciFunction::type);
+    return copyFunctionRecord(__func__, funcKey, type, &PciFunction::type);
 }
 
 int32_t orvdb_get_pci_generic_info(uint32_t funcKey, inventory_db_pci_info_t *pciInfo)
 {
-    return answerFunction(__func__, funcKey, pciInfo, &PciFunction::pci);
+    return copyFunctionRecord(__func__, funcKey, pciInfo, &PciFunction::pci);
 }
 
 int32_t orvdb_get_pci_vpd_info(uint32_t funcKey, inventory_db_pci_vpd_t *vpdInfo)
 {
-    return answerFunction(__func__, funcKey, vpdInfo, &PciFunction::vpd);
+    return copyFunctionRecord(__func__, funcKey, vpdInfo, &PciFunction::vpd);
 }
 
 int32_t orvdb_get_pci_misc_info(uint32_t funcKey, inventory_db_pci_misc_t *miscInfo)
 {
-    return answerFunction(__func__, funcKey, miscInfo, &PciFunction::misc);
+    return copyFunctionRecord(__func__, funcKey, miscInfo, &PciFunction::misc);
 }
 
 int32_t orvdb_get_pci_firmware_list(uint32_t funcKey, inventory_db_firmware_list_t *list)
@@ -204,21 +212,17 @@ int32_t orvdb_get_pci_firmware_list(uint32_t funcKey, inventory_db_firmware_list
 
 int32_t orvdb_get_network_info(uint32_t funcKey, inventory_db_network_info_t *info)
 {
-    return answerFunction(__func__, funcKey, info, &PciFunction::network);
+    return copyFunctionRecord(__func__, funcKey, info, &PciFunction::network);
 }
 
 int32_t orvdb_get_network_physical_port_list(uint32_t funcKey, inventory_db_physical_port_list_t *list)
 {
-    Entered entered = orv3::sim::enter(__func__, std::to_string(funcKey));
-    if (entered.fault)
-        return entered.fault->result;
-    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
-    if (!function)
-        return kFail;
-    std::vector<inventory_db_physical_port_t> records;
-    for (const auto &port : function->physicalPorts)
-        records.push_back(port.record);
-    return handOut(records, list->count, list->ports) ? kSuccess : kFail;
+    return answerFunction(__func__, funcKey, list, [&](const PciFunction &function) {
+        std::vector<inventory_db_physical_port_t> records;
+        for (const auto &port : function.physicalPorts)
+            records.push_back(port.record);
+        return handOut(records, list->count, list->ports);
+    });
 }
 
 // Physical port `phyPortNo` is the function's physical port at that 1-based
@@ -226,18 +230,22 @@ int32_t orvdb_get_network_physical_port_list(uint32_t funcKey, inventory_db_phys
 int32_t orvdb_get_network_logical_port_list2(uint32_t funcKey, uint32_t phyPortNo,
                                              inventory_db_logical_port_list_t *list)
 {
-    Entered entered = orv3::sim::enter(__func__, std::to_string(funcKey) + "/" + std::to_string(phyPortNo));
-    if (entered.fault)
-        return entered.fault->result;
-    const PciFunction *function = list ? findFunction(*entered.machine, funcKey) : nullptr;
-    if (!function || phyPortNo == 0 || phyPortNo > function->physicalPorts.size())
-        return kFail;
-    return handOut(function->physicalPorts[phyPortNo - 1].logicalPorts, list->count, list->ports) ? kSuccess : kFail;
+    return answerLookup(
+        __func__, std::to_string(funcKey) + "/" + std::to_string(phyPortNo), kResults,
+        [&](const Machine &machine) -> const orv3::sim::NetworkPhysicalPort * {
+            const PciFunction *function = list ? findFunction(machine, funcKey) : nullptr;
+            if (!function || phyPortNo == 0 || phyPortNo > function->physicalPorts.size())
+                return nullptr;
+            return &function->physicalPorts[phyPortNo - 1];
+        },
+        [&](const orv3::sim::NetworkPhysicalPort &port) {
+            return handOut(port.logicalPorts, list->count, list->ports);
+        });
 }
 
 int32_t orvdb_get_gpu_device_info(uint32_t funcKey, inventory_db_gpu_device_t *info)
 {
-    return answerFunction(__func__, funcKey, info, &PciFunction::gpu);
+    return copyFunctionRecord(__func__, funcKey, info, &PciFunction::gpu);
 }
 
 int32_t orvdb_get_gpu_chip_list(uint32_t funcKey, inventory_db_gpu_chip_list_t *list)

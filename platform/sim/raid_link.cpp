@@ -4,16 +4,21 @@
 // identifier and returns RAIDLINK_STATUS_SUCCESS; an unknown identifier or a
 // fault (keyed by the identifier in decimal) writes nothing and fails.
 #include "orv3/raid_link.h"
+#include "lookup_calls.h"
 #include "orv3/feature_query.h"
-#include "platform.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string>
 
-using orv3::sim::Entered;
 using orv3::sim::Platform;
+using orv3::sim::RaidController;
+using orv3::sim::RaidDrive;
+using orv3::sim::RaidInventory;
+using orv3::sim::RaidPool;
+using orv3::sim::RaidVolume;
+using orv3::sim::RecordImage;
 
 namespace {
 
@@ -57,11 +62,11 @@ void writeIdList(void *record, size_t dataSize, const std::vector<uint32_t> &ids
     orv3::sim::fillWritten(bytes, dataSize);
 }
 
-void writeFirmware(raid_link_fw_info_t *fw, const std::vector<orv3::sim::RecordImage> &components,
+// A firmware record: the one-byte count, then the components.
+void writeFirmware(void *record, size_t dataSize, const std::vector<orv3::sim::RecordImage> &components,
                    std::optional<uint32_t> count)
 {
-    auto *bytes = reinterpret_cast<uint8_t *>(fw);
-    const size_t dataSize = offsetof(raid_link_fw_info_t, id);
+    auto *bytes = static_cast<uint8_t *>(record);
     memset(bytes, 0, dataSize);
     bytes[0] = static_cast<uint8_t>(count.value_or(static_cast<uint32_t>(components.size())));
     for (size_t i = 0; i < components.size() && i < RAID_LINK_MAX_FW_COMPONENTS; ++i)
@@ -70,8 +75,61 @@ void writeFirmware(raid_link_fw_info_t *fw, const std::vector<orv3::sim::RecordI
     orv3::sim::fillWritten(bytes, dataSize);
 }
 
+// The port addresses, each split into its low and high 32 bits.
+void writePorts(void *record, size_t dataSize, const orv3::sim::RaidController &controller)
+{
+    auto *bytes = static_cast<uint8_t *>(record);
+    memset(bytes, 0, dataSize);
+    bytes[0] = static_cast<uint8_t>(controller.portCount.value_or(static_cast<uint32_t>(controller.ports.size())));
+    for (size_t i = 0; i < controller.ports.size() && i < RAID_LINK_MAX_PORTS; ++i) {
+        const size_t at = offsetof(raid_link_ctrl_port_t, ports) + i * sizeof(raid_link_port_t);
+        putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_low), controller.ports[i] & 0xffffffffu, 4);
+        putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_high), controller.ports[i] >> 32, 4);
+    }
+    orv3::sim::fillWritten(bytes, dataSize);
+}
+
+// What a getter writes from its item: a record image, a list of identifiers
+// with the count it reports, or the firmware components.
+template <class Item> auto imageOf(RecordImage Item::*image)
+{
+    return [image](void *record, size_t dataSize, const Item &item) { writeImage(record, dataSize, item.*image); };
+}
+
+template <class Item> auto idListOf(std::vector<uint32_t> Item::*ids, std::optional<uint32_t> Item::*count)
+{
+    return [ids, count](void *record, size_t dataSize, const Item &item) {
+        writeIdList(record, dataSize, item.*ids, item.*count);
+    };
+}
+
+template <class Item> auto firmwareOf()
+{
+    return [](void *record, size_t dataSize, const Item &item) {
+        writeFirmware(record, dataSize, item.firmware, item.firmwareCount);
+    };
+}
+
 constexpr int32_t kFail = RAIDLINK_STATUS_FAIL;
 constexpr int32_t kSuccess = RAIDLINK_STATUS_SUCCESS;
+
+// A query of the library: the identifier the caller stored at `idOffset` of
+// `record` picks the item of the machine's `list` (and keys the call's
+// fault), and `write` writes the `idOffset` bytes before the identifier
+// from it. A null record fails before the call is entered: it has no
+// identifier to log the call or key a fault with.
+template <class Record, class Item, class Write>
+int32_t answerById(const char *call, Record *record, size_t idOffset, const std::vector<Item> RaidInventory::*list,
+                   Write write)
+{
+    if (!record)
+        return kFail;
+    const uint32_t id = identifierOf(record, idOffset);
+    return orv3::sim::answerLookup(
+        call, std::to_string(id), {kFail, kSuccess},
+        [&](const orv3::sim::Machine &machine) { return find(machine.raid.*list, id); },
+        [&](const Item &item) { write(record, idOffset, item); });
+}
 
 } // namespace
 
@@ -106,175 +164,67 @@ int32_t raidlink_get_ctrl_list(raid_link_ctrl_list_t *list)
 
 int32_t raidlink_get_ctrl_hw_info(raid_link_ctrl_hw_t *hw)
 {
-    if (!hw)
-        return kFail;
-    const uint32_t id = identifierOf(hw, offsetof(raid_link_ctrl_hw_t, ctrl_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *controller = find(entered.machine->raid.controllers, id);
-    if (!controller)
-        return kFail;
-    writeImage(hw, offsetof(raid_link_ctrl_hw_t, ctrl_id), controller->hardware);
-    return kSuccess;
+    return answerById(__func__, hw, offsetof(raid_link_ctrl_hw_t, ctrl_id), &RaidInventory::controllers,
+                      imageOf(&RaidController::hardware));
 }
 
 int32_t raidlink_get_ctrl_fw_info(raid_link_fw_info_t *fw)
 {
-    if (!fw)
-        return kFail;
-    const uint32_t id = identifierOf(fw, offsetof(raid_link_fw_info_t, id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *controller = find(entered.machine->raid.controllers, id);
-    if (!controller)
-        return kFail;
-    writeFirmware(fw, controller->firmware, controller->firmwareCount);
-    return kSuccess;
+    return answerById(__func__, fw, offsetof(raid_link_fw_info_t, id), &RaidInventory::controllers,
+                      firmwareOf<RaidController>());
 }
 
 int32_t raidlink_get_ctrl_port_info(raid_link_ctrl_port_t *ports)
 {
-    if (!ports)
-        return kFail;
-    const uint32_t id = identifierOf(ports, offsetof(raid_link_ctrl_port_t, ctrl_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *controller = find(entered.machine->raid.controllers, id);
-    if (!controller)
-        return kFail;
-    auto *bytes = reinterpret_cast<uint8_t *>(ports);
-    memset(bytes, 0, RAID_LINK_CTRL_PORT_DATA_SIZE);
-    bytes[0] = static_cast<uint8_t>(controller->portCount.value_or(static_cast<uint32_t>(controller->ports.size())));
-    for (size_t i = 0; i < controller->ports.size() && i < RAID_LINK_MAX_PORTS; ++i) {
-        const size_t at = offsetof(raid_link_ctrl_port_t, ports) + i * sizeof(raid_link_port_t);
-        putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_low), controller->ports[i] & 0xffffffffu, 4);
-        putLittleEndian(bytes, at + offsetof(raid_link_port_t, address_high), controller->ports[i] >> 32, 4);
-    }
-    orv3::sim::fillWritten(bytes, RAID_LINK_CTRL_PORT_DATA_SIZE);
-    return kSuccess;
+    return answerById(__func__, ports, offsetof(raid_link_ctrl_port_t, ctrl_id), &RaidInventory::controllers,
+                      writePorts);
 }
 
 int32_t raidlink_get_array_list(raid_link_array_list_t *list)
 {
-    if (!list)
-        return kFail;
-    const uint32_t id = identifierOf(list, offsetof(raid_link_array_list_t, ctrl_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *controller = find(entered.machine->raid.controllers, id);
-    if (!controller)
-        return kFail;
-    writeIdList(list, offsetof(raid_link_array_list_t, ctrl_id), controller->pools, controller->poolCount);
-    return kSuccess;
+    return answerById(__func__, list, offsetof(raid_link_array_list_t, ctrl_id), &RaidInventory::controllers,
+                      idListOf(&RaidController::pools, &RaidController::poolCount));
 }
 
 int32_t raidlink_get_ctrl_disk_list(raid_link_ctrl_disk_list_t *list)
 {
-    if (!list)
-        return kFail;
-    const uint32_t id = identifierOf(list, offsetof(raid_link_ctrl_disk_list_t, ctrl_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *controller = find(entered.machine->raid.controllers, id);
-    if (!controller)
-        return kFail;
-    writeIdList(list, offsetof(raid_link_ctrl_disk_list_t, ctrl_id), controller->drives, controller->driveCount);
-    return kSuccess;
+    return answerById(__func__, list, offsetof(raid_link_ctrl_disk_list_t, ctrl_id), &RaidInventory::controllers,
+                      idListOf(&RaidController::drives, &RaidController::driveCount));
 }
 
 int32_t raidlink_get_disk_hw_info(raid_link_disk_hw_t *hw)
 {
-    if (!hw)
-        return kFail;
-    const uint32_t id = identifierOf(hw, offsetof(raid_link_disk_hw_t, disk_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *drive = find(entered.machine->raid.drives, id);
-    if (!drive)
-        return kFail;
-    writeImage(hw, offsetof(raid_link_disk_hw_t, disk_id), drive->hardware);
-    return kSuccess;
+    return answerById(__func__, hw, offsetof(raid_link_disk_hw_t, disk_id), &RaidInventory::drives,
+                      imageOf(&RaidDrive::hardware));
 }
 
 int32_t raidlink_get_disk_fw_info(raid_link_fw_info_t *fw)
 {
-    if (!fw)
-        return kFail;
-    const uint32_t id = identifierOf(fw, offsetof(raid_link_fw_info_t, id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *drive = find(entered.machine->raid.drives, id);
-    if (!drive)
-        return kFail;
-    writeFirmware(fw, drive->firmware, drive->firmwareCount);
-    return kSuccess;
+    return answerById(__func__, fw, offsetof(raid_link_fw_info_t, id), &RaidInventory::drives, firmwareOf<RaidDrive>());
 }
 
 int32_t raidlink_get_array_info(raid_link_array_t *array)
 {
-    if (!array)
-        return kFail;
-    const uint32_t id = identifierOf(array, offsetof(raid_link_array_t, array_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *pool = find(entered.machine->raid.pools, id);
-    if (!pool)
-        return kFail;
-    writeImage(array, offsetof(raid_link_array_t, array_id), pool->record);
-    return kSuccess;
+    return answerById(__func__, array, offsetof(raid_link_array_t, array_id), &RaidInventory::pools,
+                      imageOf(&RaidPool::record));
 }
 
 int32_t raidlink_get_array_volume_list(raid_link_array_volume_list_t *list)
 {
-    if (!list)
-        return kFail;
-    const uint32_t id = identifierOf(list, offsetof(raid_link_array_volume_list_t, array_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *pool = find(entered.machine->raid.pools, id);
-    if (!pool)
-        return kFail;
-    writeIdList(list, offsetof(raid_link_array_volume_list_t, array_id), pool->volumes, pool->volumeCount);
-    return kSuccess;
+    return answerById(__func__, list, offsetof(raid_link_array_volume_list_t, array_id), &RaidInventory::pools,
+                      idListOf(&RaidPool::volumes, &RaidPool::volumeCount));
 }
 
 int32_t raidlink_get_array_disk_list(raid_link_array_disk_list_t *list)
 {
-    if (!list)
-        return kFail;
-    const uint32_t id = identifierOf(list, offsetof(raid_link_array_disk_list_t, array_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *pool = find(entered.machine->raid.pools, id);
-    if (!pool)
-        return kFail;
-    writeIdList(list, offsetof(raid_link_array_disk_list_t, array_id), pool->drives, pool->driveCount);
-    return kSuccess;
+    return answerById(__func__, list, offsetof(raid_link_array_disk_list_t, array_id), &RaidInventory::pools,
+                      idListOf(&RaidPool::drives, &RaidPool::driveCount));
 }
 
 int32_t raidlink_get_volume_info(raid_link_volume_t *volume)
 {
-    if (!volume)
-        return kFail;
-    const uint32_t id = identifierOf(volume, offsetof(raid_link_volume_t, volume_id));
-    Entered entered = orv3::sim::enter(__func__, std::to_string(id));
-    if (entered.fault)
-        return entered.fault->result;
-    const auto *described = find(entered.machine->raid.volumes, id);
-    if (!described)
-        return kFail;
-    writeImage(volume, offsetof(raid_link_volume_t, volume_id), described->record);
-    return kSuccess;
+    return answerById(__func__, volume, offsetof(raid_link_volume_t, volume_id), &RaidInventory::volumes,
+                      imageOf(&RaidVolume::record));
 }
 
 // The simulator's numbering: the primary level (0, 1, 5, 6), times ten
