@@ -71,20 +71,32 @@ int32_t createList(std::string_view call, const char *listName, const char *cons
 }
 
 // Runs `action` on a list the store handed out, after the call's fault
-// check (keyed by the list's pending writes); any other list fails as an
-// invalid handle.
-template <class Action>
-int32_t onListWrites(std::string_view call, quel_dm_varlist_t handle, int32_t *status, Action action)
+// check (keyed by what `keyOf` tells of the list); any other list fails as
+// an invalid handle.
+template <class Key, class Action>
+int32_t onList(std::string_view call, quel_dm_varlist_t handle, int32_t *status, Key keyOf, Action action)
 {
     std::lock_guard lock(listsMutex);
     quel_dm_varlist *list = findList(handle);
     int32_t result;
-    if (failedByFault(call, list ? orv3::sim::describeWrites(list->writes) : "", status, result))
+    if (failedByFault(call, list ? keyOf(*list) : "", status, result))
         return result;
     if (!list)
         return finish(status, 1, orv3::sim::kBadHandle);
     int32_t word = action(*list);
     return finish(status, word == orv3::sim::kOk ? 0 : 1, word);
+}
+
+// The calls that check or apply a list's writes are keyed by the writes,
+// the call that deletes it by its namespaces.
+std::string writesOf(const quel_dm_varlist &list)
+{
+    return orv3::sim::describeWrites(list.writes);
+}
+
+std::string namespacesOf(const quel_dm_varlist &list)
+{
+    return orv3::sim::joinNamespaces(list.namespaces);
 }
 
 } // namespace
@@ -120,27 +132,22 @@ int32_t quel_dm_GetUpdatableVars(const char *list_name, quel_dm_co_t, int32_t, i
 
 int32_t quel_dm_ValidateVars(quel_dm_varlist_t list, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    return onListWrites(__func__, list, status,
-                        [](quel_dm_varlist &vars) { return orv3::sim::checkWrites(vars.writes, vars.namespaces); });
+    return onList(__func__, list, status, writesOf,
+                  [](quel_dm_varlist &vars) { return orv3::sim::checkWrites(vars.writes, vars.namespaces); });
 }
 
 int32_t quel_dm_UpdateVars(quel_dm_varlist_t list, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    return onListWrites(__func__, list, status,
-                        [](quel_dm_varlist &vars) { return orv3::sim::applyWrites(vars.writes, vars.namespaces); });
+    return onList(__func__, list, status, writesOf,
+                  [](quel_dm_varlist &vars) { return orv3::sim::applyWrites(vars.writes, vars.namespaces); });
 }
 
 int32_t quel_dm_DeleteVarList(quel_dm_varlist_t handle, quel_dm_co_t, int32_t, int32_t, int32_t *status)
 {
-    std::lock_guard lock(listsMutex);
-    quel_dm_varlist *list = findList(handle);
-    int32_t result;
-    if (failedByFault(__func__, list ? orv3::sim::joinNamespaces(list->namespaces) : "", status, result))
-        return result;
-    if (!list)
-        return finish(status, 1, orv3::sim::kBadHandle);
-    liveLists.erase(list);
-    return finish(status, 0, orv3::sim::kOk);
+    return onList(__func__, handle, status, namespacesOf, [](quel_dm_varlist &vars) {
+        liveLists.erase(&vars);
+        return orv3::sim::kOk;
+    });
 }
 
 } // extern "C"
