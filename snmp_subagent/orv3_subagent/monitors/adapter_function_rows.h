@@ -21,12 +21,11 @@ struct FunctionSource {
 
 template <class Row> using FunctionFill = AdapterFill<FunctionSource, Row>;
 
-// One row per function of `list` (a get_pci_*_funckey_list) whose type
-// `mask` keeps, numbered from 1 in list order. A class list that cannot be
-// built, or a row that fails outright, ends the load with ADAPTERS_FAILED.
-template <class Row>
-uint32_t loadFunctionRows(Table &table, uint32_t (*list)(inventory_db_func_key_list_t *),
-                          uint32_t mask, std::span<const FunctionFill<Row>> fills);
+// One row per function of the class `mask` (ADAPTERS_NETWORK_FUNCTIONS, ...)
+// in the order get_pci_funckey_list gives them, numbered from 1. A class
+// list that cannot be built, or a row that fails outright, ends the load
+// with ADAPTERS_FAILED.
+template <class Row> uint32_t loadFunctionRows(Table &table, uint32_t mask, std::span<const FunctionFill<Row>> fills);
 
 // Where each column of a function row comes from.
 namespace function_fills {
@@ -98,12 +97,12 @@ template <class Row> uint32_t funcNo(const char *, const FunctionSource &s, Row 
 }
 template <class Row> uint32_t vendorId(const char *, const FunctionSource &s, Row &row)
 {
-    formatText(row.pci.pciVendorId, "0x%.4X", static_cast<unsigned>(s.pci.vendor_id));
+    formatInto(row.pci.pciVendorId, "0x%.4X", static_cast<unsigned>(s.pci.vendor_id));
     return ADAPTERS_OK;
 }
 template <class Row> uint32_t devId(const char *, const FunctionSource &s, Row &row)
 {
-    formatText(row.pci.pciDevId, "0x%.4X", static_cast<unsigned>(s.pci.device_id));
+    formatInto(row.pci.pciDevId, "0x%.4X", static_cast<unsigned>(s.pci.device_id));
     return ADAPTERS_OK;
 }
 template <class Row> uint32_t devType(const char *, const FunctionSource &s, Row &row)
@@ -115,17 +114,17 @@ template <class Row> uint32_t devType(const char *, const FunctionSource &s, Row
 }
 template <class Row> uint32_t revId(const char *, const FunctionSource &s, Row &row)
 {
-    formatText(row.pci.pciRevId, "0x%.2X", static_cast<unsigned>(s.pci.revision_id));
+    formatInto(row.pci.pciRevId, "0x%.2X", static_cast<unsigned>(s.pci.revision_id));
     return ADAPTERS_OK;
 }
 template <class Row> uint32_t subVendorId(const char *, const FunctionSource &s, Row &row)
 {
-    formatText(row.pci.pciSubVendorId, "0x%.4X", static_cast<unsigned>(s.pci.subsystem_vendor_id));
+    formatInto(row.pci.pciSubVendorId, "0x%.4X", static_cast<unsigned>(s.pci.subsystem_vendor_id));
     return ADAPTERS_OK;
 }
 template <class Row> uint32_t subDevId(const char *, const FunctionSource &s, Row &row)
 {
-    formatText(row.pci.pciSubDevId, "0x%.4X", static_cast<unsigned>(s.pci.subsystem_device_id));
+    formatInto(row.pci.pciSubDevId, "0x%.4X", static_cast<unsigned>(s.pci.subsystem_device_id));
     return ADAPTERS_OK;
 }
 template <class Row> uint32_t slotDesignation(const char *, const FunctionSource &s, Row &row)
@@ -188,35 +187,22 @@ template <class Row> uint32_t slotDesignation(const char *, const FunctionSource
 
 namespace orv3 {
 
-template <class Row>
-uint32_t loadFunctionRows(Table &table, uint32_t (*list)(inventory_db_func_key_list_t *),
-                          uint32_t mask, std::span<const FunctionFill<Row>> fills)
+template <class Row> uint32_t loadFunctionRows(Table &table, uint32_t mask, std::span<const FunctionFill<Row>> fills)
 {
-    inventory_db_func_key_list_t functions = {};
-    if (list(&functions) == ADAPTERS_FAILED)
-        return ADAPTERS_FAILED;
-    const std::unique_ptr<inventory_db_func_key_t, decltype(&free)> owned(functions.keyList, free);
-    uint32_t result = ADAPTERS_OK;
     int32_t index = 1;
-    for (uint32_t f = 0; f < functions.count && functions.keyList; ++f) {
-        const inventory_db_func_key_t &func = functions.keyList[f];
-        if (func.funcType >= 32 || (mask & (1u << func.funcType)) == 0)
-            continue;
+    return forEachFunction(mask, [&](const inventory_db_func_key_t &func) {
         inventory_db_pci_info_t pci;
         inventory_db_pci_vpd_t vpd;
         inventory_db_pci_misc_t misc;
         memset(&pci, 0, sizeof pci);
         memset(&vpd, 0, sizeof vpd);
         memset(&misc, 0, sizeof misc);
+        // A record that could not be read leaves its columns empty: the row
+        // is made, and only its own fills say whether it is partial.
         if (get_pci_func_info(&func, &pci, &vpd, &misc) == ADAPTERS_FAILED)
-            return ADAPTERS_FAILED;
-        const uint32_t made = addAdapterRow(table, index++, fills, FunctionSource{func, pci, vpd, misc});
-        if (made == ADAPTERS_FAILED)
-            return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
-    }
-    return result;
+            return static_cast<uint32_t>(ADAPTERS_FAILED);
+        return addAdapterRow(table, index++, fills, FunctionSource{func, pci, vpd, misc});
+    });
 }
 
 } // namespace orv3

@@ -1,6 +1,5 @@
 #include "adapter_rows.h"
 
-#include <cstdarg>
 
 namespace orv3 {
 
@@ -36,28 +35,6 @@ orv3_row_head_t *listAdapterRow(Table &table, const orv3_row_head_t &work, size_
         return nullptr;
     }
     return row;
-}
-
-size_t trimmedFieldInto(orv3_text256_t &column, const char *field, size_t fieldSize)
-{
-    column.len = static_cast<uint32_t>(trimInto(column.text, sizeof column.text, field, fieldSize));
-    return column.len;
-}
-
-void setText(orv3_text256_t &column, const char *text)
-{
-    column.len = static_cast<uint32_t>(strnlen(text, sizeof column.text - 1));
-    memcpy(column.text, text, column.len);
-    column.text[column.len] = '\0';
-}
-
-void formatText(orv3_text256_t &column, const char *format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    const int written = vsnprintf(column.text, sizeof column.text, format, args);
-    va_end(args);
-    column.len = written < 0 ? 0 : static_cast<uint32_t>(strnlen(column.text, sizeof column.text - 1));
 }
 
 } // namespace orv3

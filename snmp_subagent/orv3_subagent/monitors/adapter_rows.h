@@ -6,15 +6,33 @@
 
 #include "adapters.h"
 #include "row_table.h"
+#include "text.h"
 #include "trace.h"
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <source_location>
 #include <span>
 
 namespace orv3 {
+
+// The result of a load made of steps: ADAPTERS_PARTIAL once a step was
+// partial, ADAPTERS_FAILED at the first step that failed outright (where the
+// load stops).
+struct AdapterResult {
+    uint32_t value = ADAPTERS_OK;
+    // Takes a step's result; false when it failed outright.
+    bool take(uint32_t step)
+    {
+        if (step == ADAPTERS_FAILED)
+            value = ADAPTERS_FAILED;
+        else if (step == ADAPTERS_PARTIAL)
+            value = ADAPTERS_PARTIAL;
+        return step != ADAPTERS_FAILED;
+    }
+};
 
 // One fill routine: writes its column of `row` from the table's source and
 // returns ADAPTERS_OK, ADAPTERS_PARTIAL or ADAPTERS_FAILED. `routine` is the
@@ -42,33 +60,65 @@ uint32_t addAdapterRow(Table &table, int32_t index, std::span<const AdapterFill<
     if (!work)
         return ADAPTERS_FAILED;
     work->head.index = index;
-    uint32_t result = ADAPTERS_OK;
+    AdapterResult result;
     for (const AdapterFill<Source, Row> &fill : fills) {
-        const uint32_t filled = fill.fill(fill.routine, source, *work);
-        if (filled == ADAPTERS_FAILED) {
+        if (!result.take(fill.fill(fill.routine, source, *work))) {
             free(work);
             return ADAPTERS_FAILED;
         }
-        if (filled == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
     }
     const orv3_row_head_t *listed = listAdapterRow(table, work->head, sizeof(Row));
     free(work);
-    return listed ? result : static_cast<uint32_t>(ADAPTERS_FAILED);
+    return listed ? result.value : static_cast<uint32_t>(ADAPTERS_FAILED);
 }
 
-// Text columns: the source field without its leading and trailing white
-// space, read no further than the field and cut to 255 characters.
-size_t trimmedFieldInto(orv3_text256_t &column, const char *field, size_t fieldSize);
+// ---- the walks over the inventory ------------------------------------------
+//
+// Each visit answers ADAPTERS_OK, ADAPTERS_PARTIAL or ADAPTERS_FAILED; the
+// walk stops at the first failure and answers the fold of the rest.
+
+// Every adapter, in the database's order, with its position from 0. A list
+// that cannot be read fails the load, traced as the loader's own failure.
+template <class Visit>
+uint32_t forEachAdapter(const char *loader, Visit visit, std::source_location where = std::source_location::current())
+{
+    uint32_t count = 0;
+    inventory_db_adapter_t *adapters = nullptr;
+    if (orvdb_get_pci_adapter_list(&count, &adapters) != ORV_DB_STATUS_SUCCESS) {
+        if (snmp_get_do_debugging())
+            traceLine(loader, where.file_name(), static_cast<int>(where.line()), where.file_name(),
+                      "%s, %d: cannot get adapters list.\n", loader, static_cast<int>(where.line()));
+        return ADAPTERS_FAILED;
+    }
+    const std::unique_ptr<inventory_db_adapter_t, decltype(&free)> owned(adapters, free);
+    AdapterResult result;
+    for (uint32_t a = 0; a < count && adapters; ++a)
+        if (!result.take(visit(adapters[a], a)))
+            return ADAPTERS_FAILED;
+    return result.value;
+}
+
+// Every function of the class `mask` (ADAPTERS_NETWORK_FUNCTIONS, ...), as
+// get_pci_funckey_list lists them: by adapter, then in the database's order.
+template <class Visit> uint32_t forEachFunction(uint32_t mask, Visit visit)
+{
+    inventory_db_func_key_list_t functions = {};
+    if (get_pci_funckey_list(&functions, mask) == ADAPTERS_FAILED)
+        return ADAPTERS_FAILED;
+    const std::unique_ptr<inventory_db_func_key_t, decltype(&free)> owned(functions.keyList, free);
+    AdapterResult result;
+    for (uint32_t f = 0; f < functions.count && functions.keyList; ++f)
+        if (!result.take(visit(functions.keyList[f])))
+            return ADAPTERS_FAILED;
+    return result.value;
+}
+
+// A text column from a database field, by strtrim's rule (text.h).
 template <size_t N> uint32_t fillTrimmed(orv3_text256_t &column, const char (&field)[N])
 {
-    trimmedFieldInto(column, field, N);
+    strtrimInto(column, field);
     return ADAPTERS_OK;
 }
-
-// A text the table derives itself, cut to 255 characters.
-void setText(orv3_text256_t &column, const char *text);
-__attribute__((format(printf, 2, 3))) void formatText(orv3_text256_t &column, const char *format, ...);
 
 } // namespace orv3
 

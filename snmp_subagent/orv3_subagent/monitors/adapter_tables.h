@@ -181,4 +181,29 @@ inline constexpr HandlerPolicy kAdapterHandler = getOnlyHandler(HandlerPolicy::E
 extern const SupportGate kPciInventoryGate;
 static_assert(ADAPTERS_FAILED == kLoadFailedOutright);
 
+// The descriptor of an adapter table: its rows are copies of work rows the
+// fills made, rebuilt from nothing when the cache is stale; a load that
+// fails outright leaves the table empty.
+template <class Row, size_t OidLength>
+constexpr TableOf<Row> adapterTable(const char *name, const oid (&rootOid)[OidLength], unsigned lastColumn,
+                                    std::span<const Column> columns, int (*load)(), orv3_row_head_t *&head)
+{
+    return {{
+        .name = name,
+        .rootOid = rootOid,
+        .rootOidLength = OidLength,
+        .maxColumn = lastColumn,
+        .columns = columns,
+        .rowMaking = Table::RowMaking::CopyOfFilledRow,
+        .refresh = kAdapterCache,
+        .check = Table::Check::ReportsFreshness,
+        .load = load,
+        .loadFailure = Table::LoadFailure::EmptiesTheTable,
+        .clearedBeforeLoad = true,
+        .gate = &kPciInventoryGate,
+        .handler = kAdapterHandler,
+        .rows = RowList(head),
+    }};
+}
+
 } // namespace orv3

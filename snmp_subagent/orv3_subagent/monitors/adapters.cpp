@@ -23,11 +23,6 @@ const char *const kFuncTypeTexts[] = {
     "RAID", "Ethernet", "Fibre Channel", "InfiniBand", "GPU", "SCSI", "SAS", "Other", "Mass Storage", "Network",
 };
 
-bool isTrimmedSpace(char c)
-{
-    return isspace(static_cast<unsigned char>(c)) != 0;
-}
-
 // The functions of one adapter that `mask` keeps, with their names.
 struct AdapterFunctions {
     std::unique_ptr<inventory_db_func_key_t[]> records;
@@ -166,11 +161,11 @@ uint32_t get_pci_func_info(const inventory_db_func_key_t *funcKey, inventory_db_
         ORV3_ADAPTERS_TRACE("funcKey, pciInfo, vpdInfo or miscInfo is null.\n");
         return ADAPTERS_PARTIAL;
     }
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     const uint32_t key = funcKey->funcKey;
     if (orvdb_get_pci_generic_info(key, pciInfo) != ORV_DB_STATUS_SUCCESS) {
         ORV3_ADAPTERS_TRACE("Function %u cannot get PCI Generic Info.\n", key);
-        result = ADAPTERS_PARTIAL;
+        result.take(ADAPTERS_PARTIAL);
     }
     switch (funcKey->oobSupported) {
     case INVENTORY_DB_OOB_NONE: break;
@@ -178,20 +173,20 @@ uint32_t get_pci_func_info(const inventory_db_func_key_t *funcKey, inventory_db_
     case INVENTORY_DB_OOB_VPD_ONLY:
         if (orvdb_get_pci_vpd_info(key, vpdInfo) != ORV_DB_STATUS_SUCCESS) {
             ORV3_ADAPTERS_TRACE("Function %u cannot get PCI VPD Info.\n", key);
-            result = ADAPTERS_PARTIAL;
+            result.take(ADAPTERS_PARTIAL);
         }
         if (funcKey->oobSupported == INVENTORY_DB_OOB_VPD_AND_MISC &&
             orvdb_get_pci_misc_info(key, miscInfo) != ORV_DB_STATUS_SUCCESS) {
             ORV3_ADAPTERS_TRACE("Function %u cannot get PCI MISC Info.\n", key);
-            result = ADAPTERS_PARTIAL;
+            result.take(ADAPTERS_PARTIAL);
         }
         break;
     default:
         ORV3_ADAPTERS_TRACE("The oobSupported of Function %u is %u.\n", key,
                             static_cast<unsigned>(funcKey->oobSupported));
-        result = ADAPTERS_PARTIAL;
+        result.take(ADAPTERS_PARTIAL);
     }
-    return result;
+    return result.value;
 }
 
 // The functions of `adapter` whose type `mask` keeps, named. ADAPTERS_FAILED
@@ -216,13 +211,13 @@ static uint32_t create_funckey_list_by_adapter(const inventory_db_adapter_t *ada
         ORV3_ADAPTERS_TRACE("pKeyList->keyList cannot allocate space.\n");
         return ADAPTERS_FAILED;
     }
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     for (uint32_t k = 0; k < keys.count; ++k) {
         const uint32_t key = keys.ids[k];
         uint32_t type = INVENTORY_DB_FUNC_OTHER;
         if (orvdb_get_pci_function_type(key, &type) != ORV_DB_STATUS_SUCCESS) {
             ORV3_ADAPTERS_TRACE("func %u is null.\n", key);
-            result = ADAPTERS_PARTIAL;
+            result.take(ADAPTERS_PARTIAL);
             continue;
         }
         if (type >= 32 || (mask & (1u << type)) == 0)
@@ -236,16 +231,14 @@ static uint32_t create_funckey_list_by_adapter(const inventory_db_adapter_t *ada
         record.oobSupported = adapter->oobSupported;
         for (uint32_t named : {get_pci_AdapterName_byAdapterInfo(adapter, record.adapterName),
                                get_pci_CardName_byFunc(key, record.cardName, adapter->oobSupported)}) {
-            if (named == ADAPTERS_FAILED) {
+            if (!result.take(named)) {
                 kept = {};
                 return ADAPTERS_FAILED;
             }
-            if (named == ADAPTERS_PARTIAL)
-                result = ADAPTERS_PARTIAL;
         }
         ++kept.count;
     }
-    return result;
+    return result.value;
 }
 
 uint32_t get_pci_funckey_list(inventory_db_func_key_list_t *list, uint32_t mask)
@@ -271,18 +264,16 @@ uint32_t get_pci_funckey_list(inventory_db_func_key_list_t *list, uint32_t mask)
         ORV3_ADAPTERS_TRACE("adpFuncList cannot allocate space.\n");
         return ADAPTERS_FAILED;
     }
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     size_t total = 0;
     for (uint32_t a = 0; a < adapterCount; ++a) {
         const uint32_t built = create_funckey_list_by_adapter(&adapters[a], mask, perAdapter[a]);
-        if (built == ADAPTERS_FAILED)
+        if (!result.take(built))
             return ADAPTERS_FAILED;
-        if (built == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
         total += perAdapter[a].count;
     }
     if (total == 0)
-        return result;
+        return result.value;
 
     auto *records = static_cast<inventory_db_func_key_t *>(malloc(total * sizeof(inventory_db_func_key_t)));
     if (!records) {
@@ -303,7 +294,7 @@ uint32_t get_pci_funckey_list(inventory_db_func_key_list_t *list, uint32_t mask)
     }
     list->count = static_cast<uint32_t>(total);
     list->keyList = records;
-    return result;
+    return result.value;
 }
 
 uint32_t get_pci_network_funckey_list(inventory_db_func_key_list_t *list)
@@ -328,25 +319,6 @@ uint32_t get_pci_other_funckey_list(inventory_db_func_key_list_t *list)
 
 } // extern "C"
 
-namespace orv3 {
-
-size_t trimInto(char *dst, size_t dstSize, const char *src, size_t srcCapacity)
-{
-    if (dstSize == 0)
-        return 0;
-    size_t end = strnlen(src, srcCapacity);
-    size_t begin = 0;
-    while (begin < end && isTrimmedSpace(src[begin]))
-        ++begin;
-    while (end > begin && isTrimmedSpace(src[end - 1]))
-        --end;
-    const size_t length = std::min(end - begin, dstSize - 1);
-    memmove(dst, src + begin, length);
-    dst[length] = '\0';
-    return length;
-}
-
-} // namespace orv3
 
 namespace orv3 {
 

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "netsnmp.h"
+#include "text.h"
 
 #include "orv3/inventory_db.h"
 
@@ -68,21 +69,6 @@ uint32_t get_pci_func_info(const inventory_db_func_key_t *funcKey, inventory_db_
                            inventory_db_pci_vpd_t *vpdInfo, inventory_db_pci_misc_t *miscInfo);
 
 } // extern "C"
-
-namespace orv3 {
-
-// `src` without leading and trailing white space in `dst`, reading no
-// further than `srcCapacity` bytes of `src` and cut to `dstSize - 1`
-// characters: strtrim for fields the database may fill to the last byte.
-// Returns the trimmed length.
-size_t trimInto(char *dst, size_t dstSize, const char *src, size_t srcCapacity);
-
-template <size_t N, size_t M> size_t trimInto(char (&dst)[N], const char (&src)[M])
-{
-    return trimInto(dst, N, src, M);
-}
-
-} // namespace orv3
 
 // A failure message of the adapters group: the routine and line, then the
 // text, under the source file's path.

@@ -18,7 +18,7 @@ struct FirmwareSource {
 };
 using Fill = orv3::AdapterFill<FirmwareSource, Row>;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, adapterFwCardName),
     ORV3_TEXT_FIELD_COLUMN(3, Row, adapterFwName),
@@ -30,22 +30,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(9, Row, adapterFwSoftwareID),
 };
 
-orv3::TableOf<adapterFirmwareTable_entry_t> adapterFirmwareTable_table = {{
-    .name = "adapterFirmwareTable",
-    .rootOid = adapterFirmwareTable_oid,
-    .rootOidLength = OID_LENGTH(adapterFirmwareTable_oid),
-    .maxColumn = adapterFirmwareTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterFirmwareTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterFirmwareTable_head),
-}};
+constinit orv3::TableOf<adapterFirmwareTable_entry_t> adapterFirmwareTable_table =
+    orv3::adapterTable<adapterFirmwareTable_entry_t>("adapterFirmwareTable", adapterFirmwareTable_oid, adapterFirmwareTable_lastColumn, servedColumns, adapterFirmwareTable_loadData, adapterFirmwareTable_head);
 
 // Every column is a firmware text, trimmed.
 template <orv3_text256_t Row::*column, auto field>
@@ -91,17 +77,15 @@ uint32_t adapterFirmwareTable_addRow_byFunc(uint32_t funcKey, int32_t &index)
         ORV3_ADAPTERS_TRACE("fwInfo, iFWCount or cardName is null.\n");
         return ADAPTERS_PARTIAL;
     }
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     for (uint32_t f = 0; f < list.count; ++f) {
         const uint32_t made =
             orv3::addAdapterRow(adapterFirmwareTable_table, index++,
                                 std::span<const Fill>(kFills), FirmwareSource{cardName, list.firmware[f]});
-        if (made == ADAPTERS_FAILED)
+        if (!result.take(made))
             return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
     }
-    return result;
+    return result.value;
 }
 
 // The rows of every function of one adapter.
@@ -113,42 +97,27 @@ uint32_t adapterFirmwareTable_addRow_byAdapter(const inventory_db_adapter_t &ada
         return ADAPTERS_PARTIAL;
     }
     const std::unique_ptr<uint32_t, decltype(&free)> owned(keys.ids, free);
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     for (uint32_t k = 0; k < keys.count && keys.ids; ++k) {
         const uint32_t made = adapterFirmwareTable_addRow_byFunc(keys.ids[k], index);
-        if (made == ADAPTERS_FAILED)
+        if (!result.take(made))
             return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
     }
-    return result;
+    return result.value;
 }
 
 } // namespace
 
 extern "C" int adapterFirmwareTable_loadData(void)
 {
-    uint32_t count = 0;
-    inventory_db_adapter_t *adapters = nullptr;
-    if (orvdb_get_pci_adapter_list(&count, &adapters) != ORV_DB_STATUS_SUCCESS) {
-        ORV3_ADAPTERS_TRACE("cannot get adapters list.\n");
-        return ADAPTERS_FAILED;
-    }
-    const std::unique_ptr<inventory_db_adapter_t, decltype(&free)> owned(adapters, free);
-    uint32_t result = ADAPTERS_OK;
     int32_t index = 1;
-    for (uint32_t a = 0; a < count && adapters; ++a) {
+    return orv3::forEachAdapter(__func__, [&index](const inventory_db_adapter_t &adapter, uint32_t) {
         // Only an adapter with VPD and miscellaneous data out of band
         // reports its firmware.
-        if (adapters[a].oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
-            continue;
-        const uint32_t made = adapterFirmwareTable_addRow_byAdapter(adapters[a], index);
-        if (made == ADAPTERS_FAILED)
-            return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
-    }
-    return result;
+        if (adapter.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
+            return static_cast<uint32_t>(ADAPTERS_OK);
+        return adapterFirmwareTable_addRow_byAdapter(adapter, index);
+    });
 }
 
 ORV3_TABLE(adapterFirmwareTable, adapterFirmwareTable_table)

@@ -17,7 +17,7 @@ struct ChipSource {
 };
 using Fill = orv3::AdapterFill<ChipSource, Row>;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, gpuVPDProdName),
     ORV3_INTEGER_COLUMN(3, Row, chipNo),
@@ -37,22 +37,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(17, Row, chipUniqueID),
 };
 
-orv3::TableOf<adapterGPUChipTable_entry_t> adapterGPUChipTable_table = {{
-    .name = "adapterGPUChipTable",
-    .rootOid = adapterGPUChipTable_oid,
-    .rootOidLength = OID_LENGTH(adapterGPUChipTable_oid),
-    .maxColumn = adapterGPUChipTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterGPUChipTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterGPUChipTable_head),
-}};
+constinit orv3::TableOf<adapterGPUChipTable_entry_t> adapterGPUChipTable_table =
+    orv3::adapterTable<adapterGPUChipTable_entry_t>("adapterGPUChipTable", adapterGPUChipTable_oid, adapterGPUChipTable_lastColumn, servedColumns, adapterGPUChipTable_loadData, adapterGPUChipTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillChipText(const char *, const ChipSource &source, Row &row)
@@ -103,33 +89,25 @@ const Fill kFills[] = {
 
 extern "C" int adapterGPUChipTable_loadData(void)
 {
-    inventory_db_func_key_list_t functions = {};
-    if (get_pci_gpu_funckey_list(&functions) == ADAPTERS_FAILED)
-        return ADAPTERS_FAILED;
-    const std::unique_ptr<inventory_db_func_key_t, decltype(&free)> owned(functions.keyList, free);
-    uint32_t result = ADAPTERS_OK;
     int32_t index = 1;
-    for (uint32_t f = 0; f < functions.count && functions.keyList; ++f) {
-        const inventory_db_func_key_t &func = functions.keyList[f];
-        if (func.funcType != INVENTORY_DB_FUNC_GPU || func.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
-            continue;
+    return orv3::forEachFunction(ADAPTERS_GPU_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
+        // Chips are known only with miscellaneous data out of band.
+        if (func.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
+            return static_cast<uint32_t>(ADAPTERS_OK);
         inventory_db_gpu_chip_list_t chips = {};
         if (orvdb_get_gpu_chip_list(func.funcKey, &chips) != ORV_DB_STATUS_SUCCESS) {
-            ORV3_ADAPTERS_TRACE("GPU Function %u cannot get chip list.\n", func.funcKey);
-            result = ADAPTERS_PARTIAL;
-            continue;
+            ORV3_ADAPTERS_TRACE_AS("adapterGPUChipTable_loadData", "GPU Function %u cannot get chip list.\n",
+                                   func.funcKey);
+            return static_cast<uint32_t>(ADAPTERS_PARTIAL);
         }
         const std::unique_ptr<Chip, decltype(&free)> ownedChips(chips.chips, free);
-        for (uint32_t c = 0; c < chips.count && chips.chips; ++c) {
-            const uint32_t made = orv3::addAdapterRow(adapterGPUChipTable_table, index++,
-                                                      std::span<const Fill>(kFills), ChipSource{func, chips.chips[c]});
-            if (made == ADAPTERS_FAILED)
-                return ADAPTERS_FAILED;
-            if (made == ADAPTERS_PARTIAL)
-                result = ADAPTERS_PARTIAL;
-        }
-    }
-    return result;
+        orv3::AdapterResult result;
+        for (uint32_t c = 0; c < chips.count && chips.chips; ++c)
+            if (!result.take(orv3::addAdapterRow(adapterGPUChipTable_table, index++, std::span<const Fill>(kFills),
+                                                 ChipSource{func, chips.chips[c]})))
+                return static_cast<uint32_t>(ADAPTERS_FAILED);
+        return result.value;
+    });
 }
 
 ORV3_TABLE(adapterGPUChipTable, adapterGPUChipTable_table)

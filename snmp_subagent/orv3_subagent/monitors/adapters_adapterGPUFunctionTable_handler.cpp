@@ -8,7 +8,7 @@ namespace {
 
 using Row = adapterGPUFunctionTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
     ORV3_TEXT_FIELD_COLUMN(12, Row, gpuVideoMemorySize),
@@ -17,22 +17,8 @@ const orv3::Column kColumns[] = {
     ORV3_FUNCTION_PCI_COLUMNS(Row, 15),
 };
 
-orv3::TableOf<adapterGPUFunctionTable_entry_t> adapterGPUFunctionTable_table = {{
-    .name = "adapterGPUFunctionTable",
-    .rootOid = adapterGPUFunctionTable_oid,
-    .rootOidLength = OID_LENGTH(adapterGPUFunctionTable_oid),
-    .maxColumn = adapterGPUFunctionTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterGPUFunctionTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterGPUFunctionTable_head),
-}};
+constinit orv3::TableOf<adapterGPUFunctionTable_entry_t> adapterGPUFunctionTable_table =
+    orv3::adapterTable<adapterGPUFunctionTable_entry_t>("adapterGPUFunctionTable", adapterGPUFunctionTable_oid, adapterGPUFunctionTable_lastColumn, servedColumns, adapterGPUFunctionTable_loadData, adapterGPUFunctionTable_head);
 
 // The video memory is described only by a GPU whose adapter has VPD and
 // miscellaneous data out of band; the columns stay empty otherwise.
@@ -79,8 +65,7 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterGPUFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, get_pci_gpu_funckey_list,
-                                  ADAPTERS_GPU_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, ADAPTERS_GPU_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterGPUFunctionTable, adapterGPUFunctionTable_table)

@@ -12,7 +12,7 @@ namespace {
 using Row = adapterGenericTable_entry_t;
 using Fill = orv3::AdapterFill<inventory_db_adapter_t, Row>;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, adapterVPDProdName),
     ORV3_INTEGER_COLUMN(3, Row, adapterSlotNo),
@@ -20,22 +20,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(5, Row, adapterCardInterface),
 };
 
-orv3::TableOf<adapterGenericTable_entry_t> adapterGenericTable_table = {{
-    .name = "adapterGenericTable",
-    .rootOid = adapterGenericTable_oid,
-    .rootOidLength = OID_LENGTH(adapterGenericTable_oid),
-    .maxColumn = adapterGenericTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterGenericTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterGenericTable_head),
-}};
+constinit orv3::TableOf<adapterGenericTable_entry_t> adapterGenericTable_table =
+    orv3::adapterTable<adapterGenericTable_entry_t>("adapterGenericTable", adapterGenericTable_oid, adapterGenericTable_lastColumn, servedColumns, adapterGenericTable_loadData, adapterGenericTable_head);
 
 uint32_t fillProductName(const char *, const inventory_db_adapter_t &adapter, Row &row)
 {
@@ -79,24 +65,10 @@ const Fill kFills[] = {
 
 extern "C" int adapterGenericTable_loadData(void)
 {
-    uint32_t count = 0;
-    inventory_db_adapter_t *adapters = nullptr;
-    if (orvdb_get_pci_adapter_list(&count, &adapters) != ORV_DB_STATUS_SUCCESS) {
-        ORV3_ADAPTERS_TRACE("cannot get adapters list.\n");
-        return ADAPTERS_FAILED;
-    }
-    const std::unique_ptr<inventory_db_adapter_t, decltype(&free)> owned(adapters, free);
-    uint32_t result = ADAPTERS_OK;
-    for (uint32_t a = 0; a < count && adapters; ++a) {
-        const uint32_t made =
-            orv3::addAdapterRow(adapterGenericTable_table, static_cast<int32_t>(a + 1),
-                                std::span<const Fill>(kFills), adapters[a]);
-        if (made == ADAPTERS_FAILED)
-            return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
-    }
-    return result;
+    return orv3::forEachAdapter(__func__, [](const inventory_db_adapter_t &adapter, uint32_t position) {
+        return orv3::addAdapterRow(adapterGenericTable_table, static_cast<int32_t>(position + 1),
+                                   std::span<const Fill>(kFills), adapter);
+    });
 }
 
 ORV3_TABLE(adapterGenericTable, adapterGenericTable_table)

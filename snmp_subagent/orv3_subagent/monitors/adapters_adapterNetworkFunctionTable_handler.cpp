@@ -9,7 +9,7 @@ namespace {
 
 using Row = adapterNetworkFunctionTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
     ORV3_INTEGER_COLUMN(12, Row, networkPhysicalPortNumber),
@@ -18,22 +18,8 @@ const orv3::Column kColumns[] = {
     ORV3_FUNCTION_PCI_COLUMNS(Row, 15),
 };
 
-orv3::TableOf<adapterNetworkFunctionTable_entry_t> adapterNetworkFunctionTable_table = {{
-    .name = "adapterNetworkFunctionTable",
-    .rootOid = adapterNetworkFunctionTable_oid,
-    .rootOidLength = OID_LENGTH(adapterNetworkFunctionTable_oid),
-    .maxColumn = adapterNetworkFunctionTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterNetworkFunctionTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterNetworkFunctionTable_head),
-}};
+constinit orv3::TableOf<adapterNetworkFunctionTable_entry_t> adapterNetworkFunctionTable_table =
+    orv3::adapterTable<adapterNetworkFunctionTable_entry_t>("adapterNetworkFunctionTable", adapterNetworkFunctionTable_oid, adapterNetworkFunctionTable_lastColumn, servedColumns, adapterNetworkFunctionTable_loadData, adapterNetworkFunctionTable_head);
 
 // The port counts are known only for a function whose adapter has data
 // out of band; without it they read 0.
@@ -111,9 +97,7 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterNetworkFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table,
-                                  get_pci_network_funckey_list, ADAPTERS_NETWORK_FUNCTIONS,
-                                  std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table, ADAPTERS_NETWORK_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterNetworkFunctionTable, adapterNetworkFunctionTable_table)

@@ -20,7 +20,7 @@ struct PortSource {
 };
 using Fill = orv3::AdapterFill<PortSource, Row>;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, networkVPDProdName),
     ORV3_INTEGER_COLUMN(3, Row, phyPortNo),
@@ -44,22 +44,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(21, Row, phyPortLinkSpeed),
 };
 
-orv3::TableOf<adapterNetworkPortTable_entry_t> adapterNetworkPortTable_table = {{
-    .name = "adapterNetworkPortTable",
-    .rootOid = adapterNetworkPortTable_oid,
-    .rootOidLength = OID_LENGTH(adapterNetworkPortTable_oid),
-    .maxColumn = adapterNetworkPortTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterNetworkPortTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterNetworkPortTable_head),
-}};
+constinit orv3::TableOf<adapterNetworkPortTable_entry_t> adapterNetworkPortTable_table =
+    orv3::adapterTable<adapterNetworkPortTable_entry_t>("adapterNetworkPortTable", adapterNetworkPortTable_oid, adapterNetworkPortTable_lastColumn, servedColumns, adapterNetworkPortTable_loadData, adapterNetworkPortTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillLogicalText(const char *, const PortSource &source, Row &row)
@@ -132,7 +118,7 @@ uint32_t fillLinkStatus(const char *, const PortSource &source, Row &row)
 // The link runs at Mbit/s; the column shows whole Gbit/s, rounded down.
 uint32_t fillLinkSpeed(const char *, const PortSource &source, Row &row)
 {
-    orv3::formatText(row.phyPortLinkSpeed, "%uGbps", static_cast<unsigned>(source.physical.link_speed / 1000));
+    orv3::formatInto(row.phyPortLinkSpeed, "%uGbps", static_cast<unsigned>(source.physical.link_speed / 1000));
     return ADAPTERS_OK;
 }
 
@@ -177,13 +163,13 @@ uint32_t addFunctionPorts(const inventory_db_func_key_t &func, int32_t &index)
         return ADAPTERS_PARTIAL;
     }
     const std::unique_ptr<PhysicalPort, decltype(&free)> ownedPhysical(physical.ports, free);
-    uint32_t result = ADAPTERS_OK;
+    orv3::AdapterResult result;
     for (uint32_t p = 0; p < physical.count && physical.ports; ++p) {
         inventory_db_logical_port_list_t logical = {};
         if (orvdb_get_network_logical_port_list2(func.funcKey, p + 1, &logical) != ORV_DB_STATUS_SUCCESS) {
             ORV3_ADAPTERS_TRACE("Network Function %u, Physical Port %u cannot get logicall port list.\n", func.funcKey,
                                 p + 1);
-            result = ADAPTERS_PARTIAL;
+            result.take(ADAPTERS_PARTIAL);
             continue;
         }
         const std::unique_ptr<LogicalPort, decltype(&free)> ownedLogical(logical.ports, free);
@@ -191,13 +177,11 @@ uint32_t addFunctionPorts(const inventory_db_func_key_t &func, int32_t &index)
             const uint32_t made = orv3::addAdapterRow(adapterNetworkPortTable_table,
                                                       index++, std::span<const Fill>(kFills),
                                                       PortSource{func, physical.ports[p], logical.ports[l]});
-            if (made == ADAPTERS_FAILED)
+            if (!result.take(made))
                 return ADAPTERS_FAILED;
-            if (made == ADAPTERS_PARTIAL)
-                result = ADAPTERS_PARTIAL;
         }
     }
-    return result;
+    return result.value;
 }
 
 } // namespace
@@ -227,29 +211,18 @@ size_t joinProtocolWords(char *buffer, size_t size, uint8_t ethernet, uint8_t fc
 
 extern "C" int adapterNetworkPortTable_loadData(void)
 {
-    inventory_db_func_key_list_t functions = {};
-    if (get_pci_network_funckey_list(&functions) == ADAPTERS_FAILED)
-        return ADAPTERS_FAILED;
-    const std::unique_ptr<inventory_db_func_key_t, decltype(&free)> owned(functions.keyList, free);
-    uint32_t result = ADAPTERS_OK;
     int32_t index = 1;
-    for (uint32_t f = 0; f < functions.count && functions.keyList; ++f) {
-        const inventory_db_func_key_t &func = functions.keyList[f];
-        if (func.funcType >= 32 || (ADAPTERS_NETWORK_FUNCTIONS & (1u << func.funcType)) == 0 ||
-            func.oobSupported == INVENTORY_DB_OOB_NONE)
-            continue;
-        uint32_t made = ADAPTERS_PARTIAL;
-        if (func.oobSupported == INVENTORY_DB_OOB_VPD_AND_MISC || func.oobSupported == INVENTORY_DB_OOB_VPD_ONLY)
-            made = addFunctionPorts(func, index);
-        else
-            ORV3_ADAPTERS_TRACE("The oobSupported of Function %u is %u.\n", func.funcKey,
-                                static_cast<unsigned>(func.oobSupported));
-        if (made == ADAPTERS_FAILED)
-            return ADAPTERS_FAILED;
-        if (made == ADAPTERS_PARTIAL)
-            result = ADAPTERS_PARTIAL;
-    }
-    return result;
+    return orv3::forEachFunction(ADAPTERS_NETWORK_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
+        switch (func.oobSupported) {
+        case INVENTORY_DB_OOB_NONE: return static_cast<uint32_t>(ADAPTERS_OK);
+        case INVENTORY_DB_OOB_VPD_AND_MISC:
+        case INVENTORY_DB_OOB_VPD_ONLY: return addFunctionPorts(func, index);
+        default:
+            ORV3_ADAPTERS_TRACE_AS("adapterNetworkPortTable_loadData", "The oobSupported of Function %u is %u.\n",
+                                   func.funcKey, static_cast<unsigned>(func.oobSupported));
+            return static_cast<uint32_t>(ADAPTERS_PARTIAL);
+        }
+    });
 }
 
 ORV3_TABLE(adapterNetworkPortTable, adapterNetworkPortTable_table)

@@ -8,28 +8,14 @@ namespace {
 
 using Row = adapterRAIDFunctionTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_FUNCTION_IDENTITY_COLUMNS(Row),
     ORV3_FUNCTION_PCI_COLUMNS(Row, 12),
 };
 
-orv3::TableOf<adapterRAIDFunctionTable_entry_t> adapterRAIDFunctionTable_table = {{
-    .name = "adapterRAIDFunctionTable",
-    .rootOid = adapterRAIDFunctionTable_oid,
-    .rootOidLength = OID_LENGTH(adapterRAIDFunctionTable_oid),
-    .maxColumn = adapterRAIDFunctionTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kAdapterCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = adapterRAIDFunctionTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EmptiesTheTable,
-    .clearedBeforeLoad = true,
-    .gate = &orv3::kPciInventoryGate,
-    .handler = orv3::kAdapterHandler,
-    .rows = orv3::RowList(adapterRAIDFunctionTable_head),
-}};
+constinit orv3::TableOf<adapterRAIDFunctionTable_entry_t> adapterRAIDFunctionTable_table =
+    orv3::adapterTable<adapterRAIDFunctionTable_entry_t>("adapterRAIDFunctionTable", adapterRAIDFunctionTable_oid, adapterRAIDFunctionTable_lastColumn, servedColumns, adapterRAIDFunctionTable_loadData, adapterRAIDFunctionTable_head);
 
 const orv3::FunctionFill<Row> kFills[] = {
     ORV3_FUNCTION_IDENTITY_FILLS(adapterRAIDFunctionTable, raid, Row),
@@ -40,9 +26,7 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterRAIDFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table,
-                                  get_pci_raid_funckey_list, ADAPTERS_RAID_FUNCTIONS,
-                                  std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table, ADAPTERS_RAID_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterRAIDFunctionTable, adapterRAIDFunctionTable_table)

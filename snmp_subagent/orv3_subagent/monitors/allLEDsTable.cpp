@@ -17,18 +17,18 @@ namespace {
 
 using Row = allLEDsTable_entry_t;
 
-constexpr orv3::Column allLEDsTable_columns_served[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),    ORV3_INTEGER_COLUMN(2, Row, identifier),
     ORV3_TEXT_COLUMN(4, Row, label, label_len), ORV3_INTEGER_COLUMN(5, Row, state),
     ORV3_TEXT_COLUMN(6, Row, color, color_len),
 };
 
-orv3::TableOf<allLEDsTable_entry_t> allLEDsTable_table = {{
+constinit orv3::TableOf<allLEDsTable_entry_t> allLEDsTable_table = {{
     .name = "allLEDsTable",
     .rootOid = allLEDsTable_oid,
     .rootOidLength = OID_LENGTH(allLEDsTable_oid),
     .maxColumn = 6,
-    .columns = allLEDsTable_columns_served,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::FixedPeriod, 3},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_allLEDsTable_local,

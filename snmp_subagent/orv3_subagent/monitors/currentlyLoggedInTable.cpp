@@ -15,18 +15,18 @@ namespace {
 
 using Row = currentlyLoggedInTable_entry_t;
 
-constexpr orv3::Column currentlyLoggedInTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_COLUMN(2, Row, user_name, user_name_len),
     ORV3_TEXT_COLUMN(3, Row, access_method, access_method_len),
 };
 
-orv3::TableOf<currentlyLoggedInTable_entry_t> currentlyLoggedInTable_table = {{
+constinit orv3::TableOf<currentlyLoggedInTable_entry_t> currentlyLoggedInTable_table = {{
     .name = "currentlyLoggedInTable",
     .rootOid = currentlyLoggedInTable_oid,
     .rootOidLength = OID_LENGTH(currentlyLoggedInTable_oid),
     .maxColumn = 3,
-    .columns = currentlyLoggedInTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::SlidingPeriod, 1},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_currentlyLoggedInTable_local,

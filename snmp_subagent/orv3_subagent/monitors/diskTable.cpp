@@ -14,18 +14,18 @@ namespace {
 
 using Row = diskTable_entry_t;
 
-constexpr orv3::Column diskTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT32_COLUMN(2, Row, fru_name),
     ORV3_TEXT32_COLUMN(3, Row, health_status),
 };
 
-orv3::TableOf<diskTable_entry_t> diskTable_table = {{
+constinit orv3::TableOf<diskTable_entry_t> diskTable_table = {{
     .name = "diskTable",
     .rootOid = diskTable_oid,
     .rootOidLength = OID_LENGTH(diskTable_oid),
     .maxColumn = 3,
-    .columns = diskTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::FixedPeriod, 1},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_diskTable_local,

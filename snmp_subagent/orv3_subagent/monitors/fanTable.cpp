@@ -17,7 +17,7 @@ namespace {
 
 using Row = fanTable_entry_t;
 
-constexpr orv3::Column fanTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_COLUMN(2, Row, descr, descr_len),
     ORV3_TEXT_COLUMN(3, Row, speed_text, speed_text_len),
@@ -30,12 +30,12 @@ constexpr orv3::Column fanTable_columns[] = {
     ORV3_TEXT_COLUMN(10, Row, health_status, health_status_len),
 };
 
-orv3::TableOf<fanTable_entry_t> fanTable_table = {{
+constinit orv3::TableOf<fanTable_entry_t> fanTable_table = {{
     .name = "fanTable",
     .rootOid = fanTable_oid,
     .rootOidLength = OID_LENGTH(fanTable_oid),
     .maxColumn = 10,
-    .columns = fanTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::FixedPeriod, 1},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_fanTable_local,

@@ -15,7 +15,7 @@ namespace {
 
 using Row = fdTable_entry_t;
 
-constexpr orv3::Column fdTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),     ORV3_TEXT32_COLUMN(2, Row, name),
     ORV3_TEXT32_COLUMN(3, Row, health_status),   ORV3_TEXT32_COLUMN(4, Row, op_status),
     ORV3_TEXT32_COLUMN(5, Row, capacity),        ORV3_TEXT32_COLUMN(6, Row, model_type),
@@ -25,12 +25,12 @@ constexpr orv3::Column fdTable_columns[] = {
     ORV3_TEXT32_COLUMN(13, Row, firmware_level),
 };
 
-orv3::TableOf<fdTable_entry_t> fdTable_table = {{
+constinit orv3::TableOf<fdTable_entry_t> fdTable_table = {{
     .name = "fdTable",
     .rootOid = fdTable_oid,
     .rootOidLength = OID_LENGTH(fdTable_oid),
     .maxColumn = 13,
-    .columns = fdTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::FixedPeriod, 1},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_fdTable_local,

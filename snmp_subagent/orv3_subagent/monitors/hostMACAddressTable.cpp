@@ -31,7 +31,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(3, Row, address),
 };
 
-orv3::TableOf<hostMACAddressTable_entry_t> hostMACAddressTable_table = {{
+constinit orv3::TableOf<hostMACAddressTable_entry_t> hostMACAddressTable_table = {{
     .name = "hostMACAddressTable",
     .rootOid = hostMACAddressTable_oid,
     .rootOidLength = OID_LENGTH(hostMACAddressTable_oid),

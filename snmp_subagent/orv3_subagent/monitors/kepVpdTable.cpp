@@ -22,7 +22,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(4, Row, release_date),
 };
 
-orv3::TableOf<kepVpdTable_entry_t> kepVpdTable_table = {{
+constinit orv3::TableOf<kepVpdTable_entry_t> kepVpdTable_table = {{
     .name = "kepVpdTable",
     .rootOid = kepVpdTable_oid,
     .rootOidLength = OID_LENGTH(kepVpdTable_oid),

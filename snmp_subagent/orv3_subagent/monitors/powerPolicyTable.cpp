@@ -37,7 +37,7 @@ const orv3::RegistrationGate powerPolicyTableRegistration = {
     .askedByInit = true,
 };
 
-orv3::TableOf<powerPolicyTable_entry_t> powerPolicyTable_table = {{
+constinit orv3::TableOf<powerPolicyTable_entry_t> powerPolicyTable_table = {{
     .name = "powerPolicyTable",
     .rootOid = powerPolicyTable_oid,
     .rootOidLength = OID_LENGTH(powerPolicyTable_oid),

@@ -15,7 +15,7 @@ namespace {
 
 using Row = powerTable_entry_t;
 
-constexpr orv3::Column powerTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),   ORV3_TEXT32_COLUMN(2, Row, fru_name),
     ORV3_TEXT32_COLUMN(3, Row, part_number),   ORV3_TEXT32_COLUMN(4, Row, fru_number),
     ORV3_TEXT32_COLUMN(5, Row, serial_number), ORV3_TEXT32_COLUMN(6, Row, health_status),
@@ -27,12 +27,12 @@ const orv3::RegistrationGate powerTableRegistration = {
     .askedByInit = false,
 };
 
-orv3::TableOf<powerTable_entry_t> powerTable_table = {{
+constinit orv3::TableOf<powerTable_entry_t> powerTable_table = {{
     .name = "powerTable",
     .rootOid = powerTable_oid,
     .rootOidLength = OID_LENGTH(powerTable_oid),
     .maxColumn = 6,
-    .columns = powerTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::FixedPeriod, 1},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_powerTable_local,

@@ -27,7 +27,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(8, Row, powerTrendingSampleReadingF),
 };
 
-orv3::TableOf<powerTrendingSampleTable_entry_t> powerTrendingSampleTable_table = {{
+constinit orv3::TableOf<powerTrendingSampleTable_entry_t> powerTrendingSampleTable_table = {{
     .name = "powerTrendingSampleTable",
     .rootOid = powerTrendingSampleTable_oid,
     .rootOidLength = OID_LENGTH(powerTrendingSampleTable_oid),

@@ -206,4 +206,29 @@ extern const SupportGate kRaidLinkGateReleasingController;
 // True when the platform says it offers the RAID link function.
 bool raidLinkOffered();
 
+// The descriptor of a RAID table: its rows are copies of records the loader
+// arranged, rebuilt by the loader when the cache is stale; a load that
+// cannot read the controller list ends the walk.
+template <class Row, size_t OidLength>
+constexpr TableOf<Row> raidTable(const char *name, const oid (&rootOid)[OidLength], unsigned lastColumn,
+                                 std::span<const Column> columns, int (*load)(), orv3_row_head_t *&head,
+                                 const SupportGate &gate = kRaidLinkGate)
+{
+    return {{
+        .name = name,
+        .rootOid = rootOid,
+        .rootOidLength = OidLength,
+        .maxColumn = lastColumn,
+        .columns = columns,
+        .rowMaking = Table::RowMaking::CopyOfFilledRow,
+        .refresh = kRaidCache,
+        .check = Table::Check::ReportsFreshness,
+        .load = load,
+        .loadFailure = Table::LoadFailure::EndsTheWalk,
+        .gate = &gate,
+        .handler = kRaidHandler,
+        .rows = RowList(head),
+    }};
+}
+
 } // namespace orv3

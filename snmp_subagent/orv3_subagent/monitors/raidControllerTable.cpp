@@ -15,7 +15,7 @@ namespace {
 
 using Row = raidControllerTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidCtrlLabel),
     ORV3_TEXT_FIELD_COLUMN(3, Row, raidCtrlProductName),
@@ -56,21 +56,9 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_COLUMN(38, Row, raidCtrlDriveLabels, raidCtrlDriveLabelsLen),
 };
 
-orv3::TableOf<raidControllerTable_entry_t> raidControllerTable_table = {{
-    .name = "raidControllerTable",
-    .rootOid = raidControllerTable_oid,
-    .rootOidLength = OID_LENGTH(raidControllerTable_oid),
-    .maxColumn = raidControllerTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kRaidCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = raidControllerTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
-    .gate = &orv3::kRaidLinkGateReleasingController,
-    .handler = orv3::kRaidHandler,
-    .rows = orv3::RowList(raidControllerTable_head),
-}};
+constinit orv3::TableOf<raidControllerTable_entry_t> raidControllerTable_table =
+    orv3::raidTable<raidControllerTable_entry_t>("raidControllerTable", raidControllerTable_oid, raidControllerTable_lastColumn, servedColumns, raidControllerTable_loadData, raidControllerTable_head,
+                                         orv3::kRaidLinkGateReleasingController);
 
 // Energy-based batteries (type 6 and up, or type 5 with the energy flag)
 // count joules; the others milliampere-hours.
@@ -99,15 +87,15 @@ void arrangeBattery(Row &row, const raid_link_ctrl_hw_t &hw)
     if (type < 7 && !(type == 5 && energyFlag)) {
         orv3::codeTextInto(row.raidCtrlBatteryType, getControllerBatBCKTypeString, static_cast<int32_t>(type));
     } else {
-        orv3::stripInto(row.raidCtrlBatteryType, hw.battery_text_325);
+        orv3::trimCopyStrInto(row.raidCtrlBatteryType, hw.battery_text_325);
     }
-    orv3::stripInto(row.raidCtrlBatteryText325, hw.battery_text_325);
-    orv3::stripInto(row.raidCtrlBatteryText454, hw.battery_text_454);
+    orv3::trimCopyStrInto(row.raidCtrlBatteryText325, hw.battery_text_325);
+    orv3::trimCopyStrInto(row.raidCtrlBatteryText454, hw.battery_text_454);
     orv3::codeTextInto(row.raidCtrlBatteryStatus, getControllerBatBCKStatusString,
                        static_cast<int32_t>(hw.battery_status));
-    orv3::stripInto(row.raidCtrlBatteryText537, hw.battery_text_537);
-    orv3::stripInto(row.raidCtrlBatteryText471, hw.battery_text_471);
-    orv3::stripInto(row.raidCtrlBatteryText504, hw.battery_text_504);
+    orv3::trimCopyStrInto(row.raidCtrlBatteryText537, hw.battery_text_537);
+    orv3::trimCopyStrInto(row.raidCtrlBatteryText471, hw.battery_text_471);
+    orv3::trimCopyStrInto(row.raidCtrlBatteryText504, hw.battery_text_504);
     orv3::formatInto(row.raidCtrlBatteryVoltage568, "%d mV", hw.battery_voltage_568);
     orv3::formatInto(row.raidCtrlBatteryVoltage570, "%d mV", hw.battery_voltage_570);
     orv3::formatInto(row.raidCtrlBatteryCurrent, "%d mA", hw.battery_current);
@@ -163,22 +151,22 @@ int arrangeAllRaidCtrlData(raidControllerTable_entry_t *row, int32_t *index, con
              static_cast<int>(strnlen(product, sizeof product)), product, hw->slot_number);
     orv3::formatInto(row->raidCtrlLabel, "%s", label);
 
-    orv3::stripInto(row->raidCtrlProductName, hw->product_name);
-    orv3::stripInto(row->raidCtrlText664, hw->text_664);
+    orv3::trimCopyStrInto(row->raidCtrlProductName, hw->product_name);
+    orv3::trimCopyStrInto(row->raidCtrlText664, hw->text_664);
     const uint32_t flag815 = hw->flag_815;
     const uint32_t value801 = hw->value_801;
     row->raidCtrlBatteryPresent = flag815 == 1 && value801 != 0 ? 2 : hw->battery_present;
-    orv3::stripInto(row->raidCtrlText162, hw->text_162);
-    orv3::stripInto(row->raidCtrlText0, hw->text_0);
-    orv3::stripInto(row->raidCtrlText195, hw->text_195);
-    orv3::stripInto(row->raidCtrlText212, hw->text_212);
-    orv3::stripInto(row->raidCtrlText245, hw->text_245);
-    orv3::stripInto(row->raidCtrlText278, hw->text_278);
-    orv3::stripInto(row->raidCtrlText295, hw->text_295);
+    orv3::trimCopyStrInto(row->raidCtrlText162, hw->text_162);
+    orv3::trimCopyStrInto(row->raidCtrlText0, hw->text_0);
+    orv3::trimCopyStrInto(row->raidCtrlText195, hw->text_195);
+    orv3::trimCopyStrInto(row->raidCtrlText212, hw->text_212);
+    orv3::trimCopyStrInto(row->raidCtrlText245, hw->text_245);
+    orv3::trimCopyStrInto(row->raidCtrlText278, hw->text_278);
+    orv3::trimCopyStrInto(row->raidCtrlText295, hw->text_295);
     orv3::codeTextInto(row->raidCtrlCacheModuleStatus, getControllerCacheMdlStatusString,
                        static_cast<int32_t>(hw->cache_module_status));
     orv3::formatInto(row->raidCtrlCacheSize, "%llu MB", static_cast<unsigned long long>(hw->cache_size_mb));
-    orv3::stripInto(row->raidCtrlText584, hw->text_584);
+    orv3::trimCopyStrInto(row->raidCtrlText584, hw->text_584);
     row->raidCtrlSlotNumber = hw->slot_number;
     row->raidCtrlByte321 = hw->byte_321;
     row->raidCtrlByte322 = hw->byte_322;
@@ -199,22 +187,18 @@ int arrangeAllRaidCtrlData(raidControllerTable_entry_t *row, int32_t *index, con
 
 int raidControllerTable_loadData(void)
 {
-    clearAllraidControllerTableRows(reinterpret_cast<Row *>(raidControllerTable_head));
-    raid_link_ctrl_list_t list;
-    if (!orv3::readControllerList(list, orv3::ListFailureText::Separate, __func__, __LINE__))
-        return 1;
     int32_t index = 1;
-    const size_t controllers = orv3::listed(list.count, RAID_LINK_MAX_CTRLS);
     // The five records of a controller, reused for each.
     auto *hw = static_cast<raid_link_ctrl_hw_t *>(calloc(1, sizeof(raid_link_ctrl_hw_t)));
     auto *fw = static_cast<raid_link_fw_info_t *>(calloc(1, sizeof(raid_link_fw_info_t)));
     auto *ports = static_cast<raid_link_ctrl_port_t *>(calloc(1, sizeof(raid_link_ctrl_port_t)));
     auto *pools = static_cast<raid_link_array_list_t *>(calloc(1, sizeof(raid_link_array_list_t)));
     auto *drives = static_cast<raid_link_ctrl_disk_list_t *>(calloc(1, sizeof(raid_link_ctrl_disk_list_t)));
-    if (hw && fw && ports && pools && drives) {
-        for (size_t i = 0; i < controllers; ++i) {
-            uint32_t id;
-            memcpy(&id, &list.ctrl_ids[i], sizeof id);
+    const bool room = hw && fw && ports && pools && drives;
+    const int result = orv3::forEachController(
+        raidControllerTable_table, orv3::ListFailureText::Separate, __func__, __LINE__, [&](uint32_t id) {
+            if (!room)
+                return false;
             memset(hw, 0, sizeof *hw);
             hw->ctrl_id = id;
             memset(fw, 0, sizeof *fw);
@@ -237,23 +221,23 @@ int raidControllerTable_loadData(void)
             else if (raidlink_get_ctrl_disk_list(drives) != RAIDLINK_STATUS_SUCCESS)
                 failed = "disk_list_info";
             if (failed) {
-                orv3::logFailedCall(__func__, __LINE__, failed);
-                continue;
+                orv3::logFailedCall("raidControllerTable_loadData", __LINE__, failed);
+                return true;
             }
             auto *arranged = static_cast<Row *>(calloc(1, sizeof(Row)));
             if (!arranged)
-                break;
+                return false;
             if (arrangeAllRaidCtrlData(arranged, &index, hw, fw, ports, pools, drives) == 0)
                 raidControllerTable_createEntry(arranged);
             free(arranged);
-        }
-    }
+            return true;
+        });
     free(hw);
     free(fw);
     free(ports);
     free(pools);
     free(drives);
-    return 0;
+    return result;
 }
 
 } // extern "C"

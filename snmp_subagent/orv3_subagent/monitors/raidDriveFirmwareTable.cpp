@@ -11,28 +11,15 @@ namespace {
 
 using Row = raidFirmwareTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index), ORV3_TEXT_FIELD_COLUMN(2, Row, name),
     ORV3_TEXT_FIELD_COLUMN(3, Row, label),   ORV3_TEXT_FIELD_COLUMN(4, Row, text131),
     ORV3_TEXT_FIELD_COLUMN(5, Row, text98),  ORV3_TEXT_FIELD_COLUMN(6, Row, text0),
     ORV3_TEXT_FIELD_COLUMN(7, Row, text260),
 };
 
-orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table = {{
-    .name = "raidDriveFirmwareTable",
-    .rootOid = raidDriveFirmwareTable_oid,
-    .rootOidLength = OID_LENGTH(raidDriveFirmwareTable_oid),
-    .maxColumn = raidDriveFirmwareTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kRaidCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = raidDriveFirmwareTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
-    .gate = &orv3::kRaidLinkGate,
-    .handler = orv3::kRaidHandler,
-    .rows = orv3::RowList(raidDriveFirmwareTable_head),
-}};
+constinit orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table =
+    orv3::raidTable<raidFirmwareTable_entry_t>("raidDriveFirmwareTable", raidDriveFirmwareTable_oid, raidDriveFirmwareTable_lastColumn, servedColumns, raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
 
 } // namespace
 
@@ -50,33 +37,31 @@ int arrangeDiskFirmwareDataAndCreateArow(const raid_link_fw_info_t *fw, int32_t 
 
 int raidDriveFirmwareTable_loadData(void)
 {
-    clearAllraidDriveFirmwareTableRows(reinterpret_cast<Row *>(raidDriveFirmwareTable_head));
-    raid_link_ctrl_list_t list;
-    if (!orv3::readControllerList(list, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__))
-        return 1;
+    constexpr char kLoader[] = "raidDriveFirmwareTable_loadData";
     int32_t index = 1;
     raid_link_ctrl_disk_list_t drives;
     raid_link_fw_info_t fw;
-    for (size_t c = 0; c < orv3::listed(list.count, RAID_LINK_MAX_CTRLS); ++c) {
-        memset(&drives, 0, sizeof drives);
-        memcpy(&drives.ctrl_id, &list.ctrl_ids[c], sizeof drives.ctrl_id);
-        if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS || drives.count == 0) {
-            orv3::logFailedOrEmpty(__func__, __LINE__, "raidlink_get_ctrl_disk_list", "disk_list_info.count = 0");
-            continue;
-        }
-        for (size_t d = 0; d < orv3::listed(drives.count, RAID_LINK_MAX_CTRL_DISKS); ++d) {
-            uint32_t id;
-            memcpy(&id, &drives.disk_ids[d], sizeof id);
-            memset(&fw, 0, sizeof fw);
-            fw.id = id;
-            if (raidlink_get_disk_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS || fw.count == 0) {
-                orv3::logFailedOrEmpty(__func__, __LINE__, "raidlink_get_disk_fw_info", "disk_fw_info.count = 0");
-                continue;
+    return orv3::forEachController(
+        raidDriveFirmwareTable_table, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__, [&](uint32_t ctrlId) {
+            memset(&drives, 0, sizeof drives);
+            memcpy(&drives.ctrl_id, &ctrlId, sizeof drives.ctrl_id);
+            if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS || drives.count == 0) {
+                orv3::logFailedOrEmpty(kLoader, __LINE__, "raidlink_get_ctrl_disk_list", "disk_list_info.count = 0");
+                return true;
             }
-            arrangeDiskFirmwareDataAndCreateArow(&fw, &index, id);
-        }
-    }
-    return 0;
+            for (size_t d = 0; d < orv3::listed(drives.count, RAID_LINK_MAX_CTRL_DISKS); ++d) {
+                uint32_t id;
+                memcpy(&id, &drives.disk_ids[d], sizeof id);
+                memset(&fw, 0, sizeof fw);
+                fw.id = id;
+                if (raidlink_get_disk_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS || fw.count == 0) {
+                    orv3::logFailedOrEmpty(kLoader, __LINE__, "raidlink_get_disk_fw_info", "disk_fw_info.count = 0");
+                    continue;
+                }
+                arrangeDiskFirmwareDataAndCreateArow(&fw, &index, id);
+            }
+            return true;
+        });
 }
 
 } // extern "C"

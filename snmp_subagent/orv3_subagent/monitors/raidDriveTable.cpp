@@ -12,7 +12,7 @@ namespace {
 
 using Row = raidDriveTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidDriveLabel),
     ORV3_TEXT_FIELD_COLUMN(3, Row, raidDriveText33),
@@ -42,21 +42,8 @@ const orv3::Column kColumns[] = {
     ORV3_INTEGER_COLUMN(27, Row, raidDriveFlagBit2),
 };
 
-orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table = {{
-    .name = "raidDriveTable",
-    .rootOid = raidDriveTable_oid,
-    .rootOidLength = OID_LENGTH(raidDriveTable_oid),
-    .maxColumn = raidDriveTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kRaidCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = raidDriveTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
-    .gate = &orv3::kRaidLinkGate,
-    .handler = orv3::kRaidHandler,
-    .rows = orv3::RowList(raidDriveTable_head),
-}};
+constinit orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table =
+    orv3::raidTable<raidDriveTable_entry_t>("raidDriveTable", raidDriveTable_oid, raidDriveTable_lastColumn, servedColumns, raidDriveTable_loadData, raidDriveTable_head);
 
 // Component names as the library gives them, joined by ", ".
 void arrangeFirmwareNames(Row &row, const raid_link_fw_info_t &fw)
@@ -83,7 +70,7 @@ int arrangeDiskDataAndCreateArow(const raid_link_disk_hw_t *hw, const raid_link_
     row.head.index = (*index)++;
     fetchDiskProdSlot(hw->disk_id, row.raidDriveLabel.text, sizeof row.raidDriveLabel.text);
     row.raidDriveLabel.len = static_cast<uint32_t>(strnlen(row.raidDriveLabel.text, sizeof row.raidDriveLabel.text));
-    orv3::stripInto(row.raidDriveText33, hw->text_33);
+    orv3::trimCopyStrInto(row.raidDriveText33, hw->text_33);
     getDriveStateString(static_cast<int32_t>(hw->state), row.raidDriveState.text, sizeof row.raidDriveState.text,
                         hw->dedicated_spare, static_cast<int32_t>(hw->ready_to_remove), hw->foreign);
     row.raidDriveState.len = static_cast<uint32_t>(strnlen(row.raidDriveState.text, sizeof row.raidDriveState.text));
@@ -98,13 +85,13 @@ int arrangeDiskDataAndCreateArow(const raid_link_disk_hw_t *hw, const raid_link_
     // Binary gigabytes, labelled GB; the product wraps in 64 bits.
     const uint64_t bytes = uint64_t{hw->block_size} * hw->block_count;
     orv3::formatInto(row.raidDriveCapacity, "%.3lf GB", static_cast<double>(bytes) * orv3::kBytesToGigabytes);
-    orv3::stripInto(row.raidDriveText162, hw->text_162);
+    orv3::trimCopyStrInto(row.raidDriveText162, hw->text_162);
     orv3::formatInto(row.raidDriveId413, "0x%.4X", hw->id_413);
-    orv3::stripInto(row.raidDriveText195, hw->text_195);
-    orv3::stripInto(row.raidDriveText212, hw->text_212);
-    orv3::stripInto(row.raidDriveText245, hw->text_245);
-    orv3::stripInto(row.raidDriveText311, hw->text_311);
-    orv3::stripInto(row.raidDriveText344, hw->text_344);
+    orv3::trimCopyStrInto(row.raidDriveText195, hw->text_195);
+    orv3::trimCopyStrInto(row.raidDriveText212, hw->text_212);
+    orv3::trimCopyStrInto(row.raidDriveText245, hw->text_245);
+    orv3::trimCopyStrInto(row.raidDriveText311, hw->text_311);
+    orv3::trimCopyStrInto(row.raidDriveText344, hw->text_344);
     arrangeFirmwareNames(row, *fw);
     const int32_t rotation = hw->rotation_speed;
     if (rotation != RAID_LINK_ROTATION_UNKNOWN)
@@ -124,40 +111,38 @@ int arrangeDiskDataAndCreateArow(const raid_link_disk_hw_t *hw, const raid_link_
 
 int raidDriveTable_loadData(void)
 {
-    clearAllraidDriveTableRows(reinterpret_cast<Row *>(raidDriveTable_head));
-    raid_link_ctrl_list_t list;
-    if (!orv3::readControllerList(list, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__))
-        return 1;
+    constexpr char kLoader[] = "raidDriveTable_loadData";
     int32_t index = 1;
     raid_link_ctrl_disk_list_t drives;
     raid_link_disk_hw_t hw;
     raid_link_fw_info_t fw;
-    for (size_t c = 0; c < orv3::listed(list.count, RAID_LINK_MAX_CTRLS); ++c) {
-        memset(&drives, 0, sizeof drives);
-        memcpy(&drives.ctrl_id, &list.ctrl_ids[c], sizeof drives.ctrl_id);
-        if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS) {
-            orv3::logFailedCall(__func__, __LINE__, "raidlink_get_ctrl_disk_list", orv3::LineEnd::AfterBlank);
-            continue;
-        }
-        for (size_t d = 0; d < orv3::listed(drives.count, RAID_LINK_MAX_CTRL_DISKS); ++d) {
-            uint32_t id;
-            memcpy(&id, &drives.disk_ids[d], sizeof id);
-            memset(&hw, 0, sizeof hw);
-            hw.disk_id = id;
-            memset(&fw, 0, sizeof fw);
-            fw.id = id;
-            if (raidlink_get_disk_hw_info(&hw) != RAIDLINK_STATUS_SUCCESS) {
-                orv3::logFailedCall(__func__, __LINE__, "raidlink_get_disk_hw_info", orv3::LineEnd::AfterBlank);
-                continue;
+    return orv3::forEachController(
+        raidDriveTable_table, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__, [&](uint32_t ctrlId) {
+            memset(&drives, 0, sizeof drives);
+            memcpy(&drives.ctrl_id, &ctrlId, sizeof drives.ctrl_id);
+            if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS) {
+                orv3::logFailedCall(kLoader, __LINE__, "raidlink_get_ctrl_disk_list", orv3::LineEnd::AfterBlank);
+                return true;
             }
-            if (raidlink_get_disk_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS) {
-                orv3::logFailedCall(__func__, __LINE__, "raidlink_get_disk_fw_info", orv3::LineEnd::AfterBlank);
-                continue;
+            for (size_t d = 0; d < orv3::listed(drives.count, RAID_LINK_MAX_CTRL_DISKS); ++d) {
+                uint32_t id;
+                memcpy(&id, &drives.disk_ids[d], sizeof id);
+                memset(&hw, 0, sizeof hw);
+                hw.disk_id = id;
+                memset(&fw, 0, sizeof fw);
+                fw.id = id;
+                if (raidlink_get_disk_hw_info(&hw) != RAIDLINK_STATUS_SUCCESS) {
+                    orv3::logFailedCall(kLoader, __LINE__, "raidlink_get_disk_hw_info", orv3::LineEnd::AfterBlank);
+                    continue;
+                }
+                if (raidlink_get_disk_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS) {
+                    orv3::logFailedCall(kLoader, __LINE__, "raidlink_get_disk_fw_info", orv3::LineEnd::AfterBlank);
+                    continue;
+                }
+                arrangeDiskDataAndCreateArow(&hw, &fw, &index);
             }
-            arrangeDiskDataAndCreateArow(&hw, &fw, &index);
-        }
-    }
-    return 0;
+            return true;
+        });
 }
 
 } // extern "C"

@@ -13,7 +13,7 @@ namespace {
 
 using Row = raidStoragepoolTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidStoragepoolLabel),
     ORV3_TEXT_FIELD_COLUMN(3, Row, raidStoragepoolCtrlLabel),
@@ -23,21 +23,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_COLUMN(7, Row, raidStoragepoolDriveLabels, raidStoragepoolDriveLabelsLen),
 };
 
-orv3::TableOf<raidStoragepoolTable_entry_t> raidStoragepoolTable_table = {{
-    .name = "raidStoragepoolTable",
-    .rootOid = raidStoragepoolTable_oid,
-    .rootOidLength = OID_LENGTH(raidStoragepoolTable_oid),
-    .maxColumn = raidStoragepoolTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kRaidCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = raidStoragepoolTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
-    .gate = &orv3::kRaidLinkGate,
-    .handler = orv3::kRaidHandler,
-    .rows = orv3::RowList(raidStoragepoolTable_head),
-}};
+constinit orv3::TableOf<raidStoragepoolTable_entry_t> raidStoragepoolTable_table =
+    orv3::raidTable<raidStoragepoolTable_entry_t>("raidStoragepoolTable", raidStoragepoolTable_oid, raidStoragepoolTable_lastColumn, servedColumns, raidStoragepoolTable_loadData, raidStoragepoolTable_head);
 
 } // namespace
 
@@ -90,33 +77,29 @@ int arrangeArrayInfoAndCreateArow(const raid_link_array_t *array, int32_t *index
 
 int raidStoragepoolTable_loadData(void)
 {
-    clearAllraidStoragepoolTableRows(reinterpret_cast<Row *>(raidStoragepoolTable_head));
-    raid_link_ctrl_list_t list;
-    if (!orv3::readControllerList(list, orv3::ListFailureText::Combined, __func__, __LINE__))
-        return 1;
+    constexpr char kLoader[] = "raidStoragepoolTable_loadData";
     int32_t index = 1;
     raid_link_array_list_t pools;
     raid_link_array_t array;
-    for (size_t c = 0; c < orv3::listed(list.count, RAID_LINK_MAX_CTRLS); ++c) {
-        uint32_t ctrlId;
-        memcpy(&ctrlId, &list.ctrl_ids[c], sizeof ctrlId);
-        memset(&pools, 0, sizeof pools);
-        pools.ctrl_id = ctrlId;
-        if (raidlink_get_array_list(&pools) != RAIDLINK_STATUS_SUCCESS || pools.count == 0) {
-            orv3::logFailedOrEmpty(__func__, __LINE__, "raidlink_get_array_list", "array_list_info.count = 0");
-            continue;
-        }
-        for (size_t p = 0; p < orv3::listed(pools.count, RAID_LINK_MAX_ARRAYS); ++p) {
-            memset(&array, 0, sizeof array);
-            memcpy(&array.array_id, &pools.array_ids[p], sizeof array.array_id);
-            if (raidlink_get_array_info(&array) != RAIDLINK_STATUS_SUCCESS) {
-                orv3::logFailedCall(__func__, __LINE__, "raidlink_get_array_info");
-                continue;
+    return orv3::forEachController(
+        raidStoragepoolTable_table, orv3::ListFailureText::Combined, __func__, __LINE__, [&](uint32_t ctrlId) {
+            memset(&pools, 0, sizeof pools);
+            pools.ctrl_id = ctrlId;
+            if (raidlink_get_array_list(&pools) != RAIDLINK_STATUS_SUCCESS || pools.count == 0) {
+                orv3::logFailedOrEmpty(kLoader, __LINE__, "raidlink_get_array_list", "array_list_info.count = 0");
+                return true;
             }
-            arrangeArrayInfoAndCreateArow(&array, &index, ctrlId);
-        }
-    }
-    return 0;
+            for (size_t p = 0; p < orv3::listed(pools.count, RAID_LINK_MAX_ARRAYS); ++p) {
+                memset(&array, 0, sizeof array);
+                memcpy(&array.array_id, &pools.array_ids[p], sizeof array.array_id);
+                if (raidlink_get_array_info(&array) != RAIDLINK_STATUS_SUCCESS) {
+                    orv3::logFailedCall(kLoader, __LINE__, "raidlink_get_array_info");
+                    continue;
+                }
+                arrangeArrayInfoAndCreateArow(&array, &index, ctrlId);
+            }
+            return true;
+        });
 }
 
 } // extern "C"

@@ -11,7 +11,7 @@ namespace {
 
 using Row = raidVolumeTable_entry_t;
 
-const orv3::Column kColumns[] = {
+const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_FIELD_COLUMN(2, Row, raidVolumeLabel),
     ORV3_TEXT_FIELD_COLUMN(3, Row, raidVolumeCtrlLabel),
@@ -21,21 +21,8 @@ const orv3::Column kColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(7, Row, raidVolumeBootable),
 };
 
-orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table = {{
-    .name = "raidVolumeTable",
-    .rootOid = raidVolumeTable_oid,
-    .rootOidLength = OID_LENGTH(raidVolumeTable_oid),
-    .maxColumn = raidVolumeTable_lastColumn,
-    .columns = kColumns,
-    .rowMaking = orv3::Table::RowMaking::CopyOfFilledRow,
-    .refresh = orv3::kRaidCache,
-    .check = orv3::Table::Check::ReportsFreshness,
-    .load = raidVolumeTable_loadData,
-    .loadFailure = orv3::Table::LoadFailure::EndsTheWalk,
-    .gate = &orv3::kRaidLinkGate,
-    .handler = orv3::kRaidHandler,
-    .rows = orv3::RowList(raidVolumeTable_head),
-}};
+constinit orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table =
+    orv3::raidTable<raidVolumeTable_entry_t>("raidVolumeTable", raidVolumeTable_oid, raidVolumeTable_lastColumn, servedColumns, raidVolumeTable_loadData, raidVolumeTable_head);
 
 void formatStripeSize(orv3_text256_t &column, uint32_t bytes)
 {
@@ -103,28 +90,23 @@ int arrangeAllVolumeData(uint32_t arrayId, int32_t *index, uint32_t ctrlId)
 
 int raidVolumeTable_loadData(void)
 {
-    clearAllraidVolumeTableRows(reinterpret_cast<Row *>(raidVolumeTable_head));
-    raid_link_ctrl_list_t list;
-    if (!orv3::readControllerList(list, orv3::ListFailureText::Combined, __func__, __LINE__))
-        return 1;
     int32_t index = 1;
     raid_link_array_list_t pools;
-    for (size_t c = 0; c < orv3::listed(list.count, RAID_LINK_MAX_CTRLS); ++c) {
-        uint32_t ctrlId;
-        memcpy(&ctrlId, &list.ctrl_ids[c], sizeof ctrlId);
-        memset(&pools, 0, sizeof pools);
-        pools.ctrl_id = ctrlId;
-        if (raidlink_get_array_list(&pools) != RAIDLINK_STATUS_SUCCESS) {
-            orv3::logFailedCall(__func__, __LINE__, "raidlink_get_array_list");
-            continue;
-        }
-        for (size_t p = 0; p < orv3::listed(pools.count, RAID_LINK_MAX_ARRAYS); ++p) {
-            uint32_t arrayId;
-            memcpy(&arrayId, &pools.array_ids[p], sizeof arrayId);
-            arrangeAllVolumeData(arrayId, &index, ctrlId);
-        }
-    }
-    return 0;
+    return orv3::forEachController(
+        raidVolumeTable_table, orv3::ListFailureText::Combined, __func__, __LINE__, [&](uint32_t ctrlId) {
+            memset(&pools, 0, sizeof pools);
+            pools.ctrl_id = ctrlId;
+            if (raidlink_get_array_list(&pools) != RAIDLINK_STATUS_SUCCESS) {
+                orv3::logFailedCall("raidVolumeTable_loadData", __LINE__, "raidlink_get_array_list");
+                return true;
+            }
+            for (size_t p = 0; p < orv3::listed(pools.count, RAID_LINK_MAX_ARRAYS); ++p) {
+                uint32_t arrayId;
+                memcpy(&arrayId, &pools.array_ids[p], sizeof arrayId);
+                arrangeAllVolumeData(arrayId, &index, ctrlId);
+            }
+            return true;
+        });
 }
 
 } // extern "C"

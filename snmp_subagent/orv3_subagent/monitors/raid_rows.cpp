@@ -10,24 +10,9 @@
 
 namespace orv3 {
 
-void trimCopyStrInto(char *text, size_t capacity, const char *field, size_t fieldSize, uint32_t &length)
-{
-    trimCopyStr(text, field, static_cast<int32_t>(capacity), static_cast<int32_t>(fieldSize));
-    length = static_cast<uint32_t>(strnlen(text, capacity));
-}
-
 void codeTextInto(orv3_text256_t &column, int (*text)(int32_t code, char *buffer, int32_t size), int32_t code)
 {
     text(code, column.text, sizeof column.text);
-    column.len = static_cast<uint32_t>(strnlen(column.text, sizeof column.text));
-}
-
-void formatInto(orv3_text256_t &column, const char *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    vsnprintf(column.text, sizeof column.text, format, arguments);
-    va_end(arguments);
     column.len = static_cast<uint32_t>(strnlen(column.text, sizeof column.text));
 }
 
@@ -69,7 +54,7 @@ void joinLabels(ListText &labels, const uint32_t *ids, size_t count, void (*labe
 }
 
 void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
-                         raidFirmwareTable_entry_t *(*create)(const void *arranged))
+                         raidFirmwareTable_entry_t *(*create)(void *arranged))
 {
     const size_t count = listed(fw.count, RAID_LINK_MAX_FW_COMPONENTS);
     for (size_t i = 0; i < count; ++i) {
@@ -77,12 +62,12 @@ void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const ch
         raidFirmwareTable_entry_t row;
         memset(&row, 0, sizeof row);
         row.head.index = index++;
-        stripInto(row.name, component.name);
+        trimCopyStrInto(row.name, component.name);
         formatInto(row.label, "%s", label);
-        stripInto(row.text131, component.text_131);
-        stripInto(row.text98, component.text_98);
-        stripInto(row.text0, component.text_0);
-        stripInto(row.text260, component.text_260);
+        trimCopyStrInto(row.text131, component.text_131);
+        trimCopyStrInto(row.text98, component.text_98);
+        trimCopyStrInto(row.text0, component.text_0);
+        trimCopyStrInto(row.text260, component.text_260);
         create(&row);
     }
 }

@@ -5,27 +5,19 @@
 
 #include "raid.h"
 #include "row_table.h"
+#include "text.h"
 
 #include "orv3/raid_link.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace orv3 {
 
-// The blank-stripped copy of a library text field, with its length.
-void trimCopyStrInto(char *text, size_t capacity, const char *field, size_t fieldSize, uint32_t &length);
-template <size_t N> void stripInto(orv3_text256_t &column, const char (&field)[N])
-{
-    trimCopyStrInto(column.text, sizeof column.text, field, N, column.len);
-}
-
 // The text of `code` from one of the code-to-text tables, with its length.
 void codeTextInto(orv3_text256_t &column, int (*text)(int32_t code, char *buffer, int32_t size), int32_t code);
-
-// snprintf into the column, cut to 255 characters, with its length.
-__attribute__((format(printf, 2, 3))) void formatInto(orv3_text256_t &column, const char *format, ...);
 
 // A list column: pieces appended one after another while they fit, the
 // text always terminated within the buffer.
@@ -55,7 +47,7 @@ void joinLabels(char (&buffer)[Capacity], uint32_t &length, const uint32_t *ids,
 // One firmware-table row per component of `fw` (as many as the record
 // holds), numbered from `index` on, each with the `label` of its owner.
 void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
-                         raidFirmwareTable_entry_t *(*create)(const void *arranged));
+                         raidFirmwareTable_entry_t *(*create)(void *arranged));
 
 // A list's count as far as its record holds entries.
 inline size_t listed(uint32_t count, size_t capacity)
@@ -71,6 +63,26 @@ enum class ListFailureText {
     Combined,          // "... RAIDLINK_STATUS_FAIL or ctrl_list_info.count = 0\r\n" for both
 };
 bool readControllerList(raid_link_ctrl_list_t &list, ListFailureText text, const char *routine, int line);
+
+// The walk every RAID loader makes: the table's rows freed, the controller
+// list read (its failure worded as `text`), then `visit(ctrlId)` for each
+// controller the list holds, until a visit answers false. 1 when the list
+// could not be read, else 0: the loader's own result.
+template <class Visit>
+int forEachController(Table &table, ListFailureText text, const char *routine, int line, Visit visit)
+{
+    table.rows.clear();
+    raid_link_ctrl_list_t list;
+    if (!readControllerList(list, text, routine, line))
+        return 1;
+    for (size_t i = 0; i < listed(list.count, RAID_LINK_MAX_CTRLS); ++i) {
+        uint32_t ctrlId;
+        memcpy(&ctrlId, &list.ctrl_ids[i], sizeof ctrlId);
+        if (!visit(ctrlId))
+            break;
+    }
+    return 0;
+}
 
 // Logs "<routine>[<line>] Failed: <call> return RAIDLINK_STATUS_FAIL\r\n";
 // the drive table's loader words it with a blank before the line end.

@@ -56,12 +56,6 @@ constexpr const char *kDriveState[] = {
     "Configured - Shielded",
 };
 
-bool isBlank(char c)
-{
-    const auto byte = static_cast<unsigned char>(c);
-    return (byte & 0xDF) == 0 || byte == '\n' || byte == '\r';
-}
-
 } // namespace
 
 extern "C" {
@@ -125,31 +119,6 @@ int getDriveStateString(int32_t state, char *buffer, int32_t size, int32_t dedic
     else if (state >= 0 && static_cast<size_t>(state) < std::size(kDriveState))
         text = kDriveState[state];
     return writeText(buffer, size, "%s%s", prefix, text);
-}
-
-void trimCopyStr(char *destination, const char *source, int32_t destinationSize, int32_t sourceLength)
-{
-    if (!destination)
-        return;
-    if (sourceLength < 1 || !source) {
-        if (destinationSize >= 1)
-            memset(destination, 0, static_cast<size_t>(destinationSize));
-        return;
-    }
-    int32_t start = 0;
-    while (start < sourceLength && isBlank(source[start]))
-        ++start;
-    // The backward scan stops at index 1: the first byte is never looked at.
-    int32_t end = sourceLength - 1;
-    while (end > 0 && isBlank(source[end]))
-        --end;
-    if (destinationSize < 1)
-        return;
-    memset(destination, 0, static_cast<size_t>(destinationSize));
-    if (end < start || start >= sourceLength || end == 0)
-        return;
-    if (destinationSize > end - start)
-        strncpy(destination, source + start, static_cast<size_t>(end - start + 1));
 }
 
 } // extern "C"

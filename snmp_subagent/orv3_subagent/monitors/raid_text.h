@@ -4,6 +4,8 @@
 // pool or volume.
 #pragma once
 
+#include "text.h"
+
 #include <cstdint>
 
 extern "C" {
@@ -26,13 +28,7 @@ int getVolumeStateString(int32_t code, char *buffer, int32_t size);
 int getDriveStateString(int32_t state, char *buffer, int32_t size, int32_t dedicated, int32_t readyToRemove,
                         int32_t foreign);
 
-// Copies the `sourceLength` bytes of a library text field without their
-// leading and trailing blanks (NUL, space, line feed, carriage return) into
-// `destination`. A stripped text longer than the destination is dropped
-// whole, never cut; one of exactly `destinationSize` bytes fills it without
-// a terminator. A text whose only non-blank character is its first one
-// comes out empty, as the controller has always shown it.
-void trimCopyStr(char *destination, const char *source, int32_t destinationSize, int32_t sourceLength);
+// trimCopyStr, the library texts' trimming rule, is in text.h.
 
 // Labels, empty when the library cannot describe the identifier:
 // "<product> (PCI Slot <n>)" or "<product> (PCI Slot <n>, ZEL)";

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <vector>
 
 namespace orv3 {
 
@@ -204,6 +205,27 @@ int registerIterator(const char *name, const oid *rootOid, size_t rootOidLength,
     iteratorInfo->table_reginfo = tableInfo;
     registeredTables = new RegisteredTable{tableInfo, iteratorInfo, registeredTables};
     return netsnmp_register_table_iterator(registration, iteratorInfo);
+}
+
+namespace {
+
+std::vector<Table *> &tableList()
+{
+    static std::vector<Table *> tables;
+    return tables;
+}
+
+} // namespace
+
+bool declareTable(Table &table)
+{
+    tableList().push_back(&table);
+    return true;
+}
+
+std::span<Table *const> declaredTables()
+{
+    return tableList();
 }
 
 int registerTable(const Table &table, const char *routine, Netsnmp_Node_Handler *handler,

@@ -119,7 +119,7 @@ void answerColumn(const Column &column, const orv3_row_head_t *row, netsnmp_requ
 // ascending or descending order, and both take constant time per row.
 class RowList {
 public:
-    explicit RowList(orv3_row_head_t *&head) : head_(head) {}
+    constexpr explicit RowList(orv3_row_head_t *&head) : head_(head) {}
 
     orv3_row_head_t *head() const { return head_; }
     void insertInOrder(orv3_row_head_t *row);
@@ -291,6 +291,11 @@ int registerTable(const Table &table, const char *routine, Netsnmp_Node_Handler 
                   Netsnmp_First_Data_Point *first, Netsnmp_Next_Data_Point *next);
 int initTable(const Table &table, const char *routine, int (*initializeTable)());
 
+// Every table the module declares (ORV3_TABLE lists it as the library is
+// loaded), for the table lint of the unit tests.
+bool declareTable(Table &table);
+std::span<Table *const> declaredTables();
+
 // T_check_for_update: applies the refresh rule; a table that loads in its
 // check loads when due. 1 when the rows are fresh, 0 when a load was due.
 int checkForUpdate(Table &table);
@@ -376,7 +381,7 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
     {                                                                                                                  \
         return ::orv3::checkForUpdate(descriptor);                                                                     \
     }                                                                                                                  \
-    T##_row_t *T##_createEntry(const void *source)                                                                     \
+    T##_row_t *T##_createEntry(void *source)                                                                           \
     {                                                                                                                  \
         return reinterpret_cast<T##_row_t *>(::orv3::createEntry(descriptor, source, sizeof(T##_row_t)));                                 \
     }                                                                                                                  \
@@ -415,7 +420,8 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
     {                                                                                                                  \
         return ::orv3::initTable(descriptor, __func__, initialize_table_##T);                                          \
     }                                                                                                                  \
-    }
+    }                                                                                                                  \
+    [[maybe_unused]] static const bool T##_declared = ::orv3::declareTable(descriptor);
 
 // Declares the routine family of table T (ROW rows) for the table's header.
 // Routines particular to a table (copy, row count, commit) are declared
@@ -428,7 +434,7 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
     netsnmp_variable_list *T##_get_next_data_point(void **loop, void **data, netsnmp_variable_list *index,             \
                                                    netsnmp_iterator_info *info);                                       \
     int T##_check_for_update(void);                                                                                    \
-    ROW *T##_createEntry(const void *source);                                                                          \
+    ROW *T##_createEntry(void *source);                                                                                \
     ROW *T##_insertEntry(ROW *row);                                                                                    \
     void T##_removeEntry(ROW *row);                                                                                    \
     void T##_clear(void);                                                                                              \

@@ -9,21 +9,21 @@
 
 namespace orv3 {
 
-void copySensorTexts(sensor_text_entry_t *row, int32_t index, const quel_dm_string_holder_t *const holders[10],
-                     size_t bound)
+void copySensorRow(const SensorStore &store, sensor_text_entry_t *row)
 {
-    row->head.index = index;
+    row->head.index = *store.index;
     for (size_t i = 0; i < 10; ++i) {
         orv3_text32_t &field = row->*kSensorTexts[i];
-        size_t capacity = holders[i]->capacity > 0 ? static_cast<size_t>(holders[i]->capacity) : 0;
-        field.len = copyText(field.text, bound, holders[i]->buffer, capacity);
+        const quel_dm_string_holder_t &holder = *store.holders[i];
+        size_t capacity = holder.capacity > 0 ? static_cast<size_t>(holder.capacity) : 0;
+        field.len = copyText(field.text, store.textBound, holder.buffer, capacity);
     }
 }
 
-int32_t sensorTableRowCount(const char *routine, const char *token, const char *storeTable, std::source_location where)
+int32_t sensorTableRowCount(const char *routine, const SensorStore &store, std::source_location where)
 {
-    RowCountReply reply = queryRowCount(storeTable);
-    ORV3_TRACE_AT(routine, where, token, "%s curRowCount=%ld\n", routine, static_cast<long>(reply.count));
+    RowCountReply reply = queryRowCount(store.source.ns);
+    ORV3_TRACE_AT(routine, where, store.source.token, "%s curRowCount=%ld\n", routine, static_cast<long>(reply.count));
     if (reply.result != 0) {
         printf("%s quel_dm_GetRowCount error %d-%s\n", routine, reply.status, statusText(reply.status));
         return negated(reply.status);

@@ -4,6 +4,8 @@
 
 #include "row_table.h"
 
+#include "bound_rows.h"
+
 #include "orv3/data_manager.h"
 
 #include <cstdint>
@@ -58,14 +60,21 @@ inline constexpr Column kSensorTextColumns[] = {
     ORV3_TEXT32_COLUMN(11, sensor_text_entry_t, health_status),
 };
 
-// Copies the index and the ten holders (in column order) into a row, each
-// text with `bound` (bound - 1 characters at most).
-void copySensorTexts(sensor_text_entry_t *row, int32_t index, const quel_dm_string_holder_t *const holders[10],
-                     size_t bound);
+// The store table of voltTable or tempTable: where the rows come from, how
+// far each text is copied, and the holders of the index and the ten texts.
+struct SensorStore {
+    BoundTableSource source;
+    size_t textBound; // each text keeps textBound - 1 characters at most
+    const int32_t *index;
+    const quel_dm_string_holder_t *holders[10]; // in column order
+};
 
-// The row count of voltTable and tempTable: a failed call prints its status
-// and gives the negated status word.
-int32_t sensorTableRowCount(const char *routine, const char *token, const char *storeTable,
+// Copies the holders of the current store row into a row.
+void copySensorRow(const SensorStore &store, sensor_text_entry_t *row);
+
+// The row count of the store table: a failed call prints its status and
+// gives the negated status word.
+int32_t sensorTableRowCount(const char *routine, const SensorStore &store,
                             std::source_location where = std::source_location::current());
 
 // The commit routine of voltTable and tempTable: records the request on a

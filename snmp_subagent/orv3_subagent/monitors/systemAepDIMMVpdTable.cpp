@@ -42,7 +42,7 @@ constexpr orv3::Column servedColumns[] = {
 
 // A load that cannot read the module list ends the walk with the rows it
 // left (none: it frees them first).
-orv3::TableOf<systemAepDIMMVpdTable_entry_t> systemAepDIMMVpdTable_table = {{
+constinit orv3::TableOf<systemAepDIMMVpdTable_entry_t> systemAepDIMMVpdTable_table = {{
     .name = "systemAepDIMMVpdTable",
     .rootOid = systemAepDIMMVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemAepDIMMVpdTable_oid),
@@ -58,26 +58,11 @@ orv3::TableOf<systemAepDIMMVpdTable_entry_t> systemAepDIMMVpdTable_table = {{
 }};
 
 // A text field of the record, blank-stripped as the storage texts are.
-template <size_t N> void stripInto(orv3_text256_t &column, const char (&field)[N])
-{
-    trimCopyStr(column.text, field, sizeof column.text, static_cast<int32_t>(N));
-    column.len = static_cast<uint32_t>(strnlen(column.text, sizeof column.text));
-}
-
-__attribute__((format(printf, 2, 3))) void formatInto(orv3_text256_t &column, const char *format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    vsnprintf(column.text, sizeof column.text, format, args);
-    va_end(args);
-    column.len = static_cast<uint32_t>(strnlen(column.text, sizeof column.text));
-}
-
 void capacityInto(orv3_text256_t &column, uint64_t bytes)
 {
     char text[128];
     ConvertCapacity(static_cast<uint32_t>(bytes), static_cast<uint32_t>(bytes >> 32), text, sizeof text);
-    formatInto(column, "%s", text);
+    orv3::formatInto(column, "%s", text);
 }
 
 // The columns each kind of extra data fills; the others stay empty.
@@ -134,33 +119,33 @@ int arrangeAepDIMMDataAndCreateArow(const inventory_db_memory_t *memory, systemA
     if (!memory || !row || !index)
         return 1;
     row->head.index = (*index)++;
-    stripInto(row->text1, memory->text1);
-    stripInto(row->text2, memory->text2);
-    formatInto(row->speed1, "%hu MHz", static_cast<unsigned short>(memory->speed1));
-    formatInto(row->speed2, "%hu MHz", static_cast<unsigned short>(memory->speed2));
-    stripInto(row->text3, memory->text3);
-    stripInto(row->text4, memory->text4);
-    stripInto(row->text5, memory->text5);
+    orv3::trimCopyStrInto(row->text1, memory->text1);
+    orv3::trimCopyStrInto(row->text2, memory->text2);
+    orv3::formatInto(row->speed1, "%hu MHz", static_cast<unsigned short>(memory->speed1));
+    orv3::formatInto(row->speed2, "%hu MHz", static_cast<unsigned short>(memory->speed2));
+    orv3::trimCopyStrInto(row->text3, memory->text3);
+    orv3::trimCopyStrInto(row->text4, memory->text4);
+    orv3::trimCopyStrInto(row->text5, memory->text5);
     const uint64_t capacities[] = {memory->capacity1, memory->capacity2, memory->capacity3,
                                    memory->capacity4, memory->capacity5, memory->capacity6};
     for (size_t c = 0; c < std::size(capacities); ++c)
         capacityInto(row->capacity[c], capacities[c]);
-    formatInto(row->count, "%hu", static_cast<unsigned short>(memory->count));
-    stripInto(row->text6, memory->text6);
-    stripInto(row->text7, memory->text7);
+    orv3::formatInto(row->count, "%hu", static_cast<unsigned short>(memory->count));
+    orv3::trimCopyStrInto(row->text6, memory->text6);
+    orv3::trimCopyStrInto(row->text7, memory->text7);
 
     const ExtraColumns extra = extraColumnsOf(memory->extra_kind);
     if (extra.percentage)
-        formatInto(row->percentage, "%d%%", static_cast<int>(memory->percentage));
+        orv3::formatInto(row->percentage, "%d%%", static_cast<int>(memory->percentage));
     char text[PMEM_TEXT_SIZE] = {};
     if (extra.security) {
         bps_format_security_str(memory->security_state, text, sizeof text);
-        formatInto(row->securityState, "%.*s", static_cast<int>(sizeof text), text);
+        orv3::formatInto(row->securityState, "%.*s", static_cast<int>(sizeof text), text);
     }
     if (extra.health) {
         memset(text, 0, sizeof text);
         bps_format_hstate_str(memory->health_state, text, sizeof text);
-        formatInto(row->healthState, "%.*s", static_cast<int>(sizeof text), text);
+        orv3::formatInto(row->healthState, "%.*s", static_cast<int>(sizeof text), text);
     }
     systemAepDIMMVpdTable_createEntry(row);
     return 0;

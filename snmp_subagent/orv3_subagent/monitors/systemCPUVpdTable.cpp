@@ -33,7 +33,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(12, Row, model),
 };
 
-orv3::TableOf<systemCPUVpdTable_entry_t> systemCPUVpdTable_table = {{
+constinit orv3::TableOf<systemCPUVpdTable_entry_t> systemCPUVpdTable_table = {{
     .name = "systemCPUVpdTable",
     .rootOid = systemCPUVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemCPUVpdTable_oid),

@@ -23,7 +23,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(5, Row, manufacturing_id),
 };
 
-orv3::TableOf<systemComponentLevelVpdTable_entry_t> systemComponentLevelVpdTable_table = {{
+constinit orv3::TableOf<systemComponentLevelVpdTable_entry_t> systemComponentLevelVpdTable_table = {{
     .name = "systemComponentLevelVpdTable",
     .rootOid = systemComponentLevelVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemComponentLevelVpdTable_oid),

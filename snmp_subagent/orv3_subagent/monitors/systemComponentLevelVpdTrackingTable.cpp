@@ -28,7 +28,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(4, Row, text2),
 };
 
-orv3::TableOf<systemComponentLevelVpdTrackingTable_entry_t> systemComponentLevelVpdTrackingTable_table = {{
+constinit orv3::TableOf<systemComponentLevelVpdTrackingTable_entry_t> systemComponentLevelVpdTrackingTable_table = {{
     .name = "systemComponentLevelVpdTrackingTable",
     .rootOid = systemComponentLevelVpdTrackingTable_oid,
     .rootOidLength = OID_LENGTH(systemComponentLevelVpdTrackingTable_oid),

@@ -16,18 +16,18 @@ namespace {
 
 using Row = systemHealthSummaryTable_entry_t;
 
-constexpr orv3::Column systemHealthSummaryTable_columns[] = {
+constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(1, Row, head.index),
     ORV3_TEXT_COLUMN(2, Row, severity, severity_len),
     ORV3_TEXT_COLUMN(3, Row, description, description_len),
 };
 
-orv3::TableOf<systemHealthSummaryTable_entry_t> systemHealthSummaryTable_table = {{
+constinit orv3::TableOf<systemHealthSummaryTable_entry_t> systemHealthSummaryTable_table = {{
     .name = "systemHealthSummaryTable",
     .rootOid = systemHealthSummaryTable_oid,
     .rootOidLength = OID_LENGTH(systemHealthSummaryTable_oid),
     .maxColumn = 3,
-    .columns = systemHealthSummaryTable_columns,
+    .columns = servedColumns,
     .refresh = {orv3::RefreshRule::SlidingPeriod, 3},
     .check = orv3::Table::Check::LoadsWhenDue,
     .load = initialize_systemHealthSummaryTable_local,

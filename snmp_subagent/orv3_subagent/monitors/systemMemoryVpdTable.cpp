@@ -41,7 +41,7 @@ constexpr orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(12, Row, aep_flag),
 };
 
-orv3::TableOf<systemMemoryVpdTable_entry_t> systemMemoryVpdTable_table = {{
+constinit orv3::TableOf<systemMemoryVpdTable_entry_t> systemMemoryVpdTable_table = {{
     .name = "systemMemoryVpdTable",
     .rootOid = systemMemoryVpdTable_oid,
     .rootOidLength = OID_LENGTH(systemMemoryVpdTable_oid),

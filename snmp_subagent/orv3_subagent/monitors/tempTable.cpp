@@ -15,7 +15,7 @@ size_t tempTable_oid_len = OID_LENGTH(tempTable_oid);
 
 namespace {
 
-orv3::TableOf<sensor_text_entry_t> tempTable_table = {{
+constinit orv3::TableOf<sensor_text_entry_t> tempTable_table = {{
     .name = "tempTable",
     .rootOid = tempTable_oid,
     .rootOidLength = OID_LENGTH(tempTable_oid),

@@ -4,9 +4,7 @@
 #include "tempTable.h"
 #include "trace.h"
 
-static const char ktempTableStore[] = "s/temperatures/status/temperaturetbl";
 static quel_dm_binding_t tempTable_binding = nullptr;
-static constexpr size_t ktempTableTextBound = 30;
 
 // A 32-byte text buffer and the holder the store fills it through.
 #define ORV3_SENSOR_HOLDER(name)                                                                                       \
@@ -42,41 +40,55 @@ quel_dm_column_binding_t tempTable_columns[] = {
     {QUEL_DM_TYPE_END, 0, nullptr, nullptr},
 };
 
+} // extern "C"
+
+// Where the rows come from and the holders each is read into, in column order.
+static const orv3::SensorStore tempStore = {
+    .source =
+        {
+            .ns = "s/temperatures/status/temperaturetbl",
+            .columns = tempTable_columns,
+            .binding = &tempTable_binding,
+            .loaderName = "initialize_tempTable_local",
+            .firstRowMessageWithResult = true,
+            .token = "tempTable",
+            .traceEnter = true,
+            .traceRowsLoaded = true,
+        },
+    .textBound = 30,
+    .index = &tempIndex_value,
+    .holders =
+        {
+                &tempDescr_value,
+                &tempReading_value,
+                &tempNominalReading_value,
+                &tempNonRecovLimitHigh_value,
+                &tempCritLimitHigh_value,
+                &tempNonCritLimitHigh_value,
+                &tempNonRecovLimitLow_value,
+                &tempCritLimitLow_value,
+                &tempNonCritLimitLow_value,
+                &tempHealthStatus_value,
+        },
+};
+
+extern "C" {
+
 int copy_bindings_to_tempTable_entry(sensor_text_entry_t *row)
 {
-    static const quel_dm_string_holder_t *const holders[10] = {&tempDescr_value,
-                                                               &tempReading_value,
-                                                               &tempNominalReading_value,
-                                                               &tempNonRecovLimitHigh_value,
-                                                               &tempCritLimitHigh_value,
-                                                               &tempNonCritLimitHigh_value,
-                                                               &tempNonRecovLimitLow_value,
-                                                               &tempCritLimitLow_value,
-                                                               &tempNonCritLimitLow_value,
-                                                               &tempHealthStatus_value};
-    orv3::copySensorTexts(row, tempIndex_value, holders, ktempTableTextBound);
+    orv3::copySensorRow(tempStore, row);
     return 0;
 }
 
 int initialize_tempTable_local(void)
 {
-    static const orv3::BoundTableSource source = {
-        .ns = ktempTableStore,
-        .columns = tempTable_columns,
-        .binding = &tempTable_binding,
-        .loaderName = "initialize_tempTable_local",
-        .firstRowMessageWithResult = true,
-        .token = "tempTable",
-        .traceEnter = true,
-        .traceRowsLoaded = true,
-    };
-    orv3::loadBoundRows(source, tempTable_clear, ORV3_BOUND_ROW_ADDER(tempTable));
+    orv3::loadBoundRows(tempStore.source, tempTable_clear, ORV3_BOUND_ROW_ADDER(tempTable));
     return 0;
 }
 
 int32_t tempTable_get_row_count(void)
 {
-    return orv3::sensorTableRowCount(__func__, "tempTable", ktempTableStore);
+    return orv3::sensorTableRowCount(__func__, tempStore);
 }
 
 } // extern "C"

@@ -15,7 +15,7 @@ size_t voltTable_oid_len = OID_LENGTH(voltTable_oid);
 
 namespace {
 
-orv3::TableOf<sensor_text_entry_t> voltTable_table = {{
+constinit orv3::TableOf<sensor_text_entry_t> voltTable_table = {{
     .name = "voltTable",
     .rootOid = voltTable_oid,
     .rootOidLength = OID_LENGTH(voltTable_oid),

@@ -4,9 +4,7 @@
 #include "trace.h"
 #include "voltTable.h"
 
-static const char kvoltTableStore[] = "s/voltages/status/voltagetbl";
 static quel_dm_binding_t voltTable_binding = nullptr;
-static constexpr size_t kvoltTableTextBound = 31;
 
 // A 32-byte text buffer and the holder the store fills it through.
 #define ORV3_SENSOR_HOLDER(name)                                                                                       \
@@ -42,41 +40,55 @@ quel_dm_column_binding_t voltTable_columns[] = {
     {QUEL_DM_TYPE_END, 0, nullptr, nullptr},
 };
 
+} // extern "C"
+
+// Where the rows come from and the holders each is read into, in column order.
+static const orv3::SensorStore voltStore = {
+    .source =
+        {
+            .ns = "s/voltages/status/voltagetbl",
+            .columns = voltTable_columns,
+            .binding = &voltTable_binding,
+            .loaderName = "initialize_voltTable_local",
+            .firstRowMessageWithResult = true,
+            .token = "voltTable",
+            .traceEnter = true,
+            .traceRowsLoaded = true,
+        },
+    .textBound = 31,
+    .index = &voltIndex_value,
+    .holders =
+        {
+                &voltDescr_value,
+                &voltReading_value,
+                &voltNominalReading_value,
+                &voltNonRecovLimitHigh_value,
+                &voltCritLimitHigh_value,
+                &voltNonCritLimitHigh_value,
+                &voltNonRecovLimitLow_value,
+                &voltCritLimitLow_value,
+                &voltNonCritLimitLow_value,
+                &voltHealthStatus_value,
+        },
+};
+
+extern "C" {
+
 int copy_bindings_to_voltTable_entry(sensor_text_entry_t *row)
 {
-    static const quel_dm_string_holder_t *const holders[10] = {&voltDescr_value,
-                                                               &voltReading_value,
-                                                               &voltNominalReading_value,
-                                                               &voltNonRecovLimitHigh_value,
-                                                               &voltCritLimitHigh_value,
-                                                               &voltNonCritLimitHigh_value,
-                                                               &voltNonRecovLimitLow_value,
-                                                               &voltCritLimitLow_value,
-                                                               &voltNonCritLimitLow_value,
-                                                               &voltHealthStatus_value};
-    orv3::copySensorTexts(row, voltIndex_value, holders, kvoltTableTextBound);
+    orv3::copySensorRow(voltStore, row);
     return 0;
 }
 
 int initialize_voltTable_local(void)
 {
-    static const orv3::BoundTableSource source = {
-        .ns = kvoltTableStore,
-        .columns = voltTable_columns,
-        .binding = &voltTable_binding,
-        .loaderName = "initialize_voltTable_local",
-        .firstRowMessageWithResult = true,
-        .token = "voltTable",
-        .traceEnter = true,
-        .traceRowsLoaded = true,
-    };
-    orv3::loadBoundRows(source, voltTable_clear, ORV3_BOUND_ROW_ADDER(voltTable));
+    orv3::loadBoundRows(voltStore.source, voltTable_clear, ORV3_BOUND_ROW_ADDER(voltTable));
     return 0;
 }
 
 int32_t voltTable_get_row_count(void)
 {
-    return orv3::sensorTableRowCount(__func__, "voltTable", kvoltTableStore);
+    return orv3::sensorTableRowCount(__func__, voltStore);
 }
 
 } // extern "C"
