@@ -65,7 +65,10 @@ enum {
 #pragma pack(push, 1)
 
 /* Persistent-memory module (orvdb_get_memory_by_id). The texts, speeds,
- * capacities and count are passed through by callers uninterpreted. */
+ * capacities and count are passed through by callers uninterpreted. The
+ * database documents them only by their place in the record, so they are
+ * numbered in record order (text1 ... text7), each with its offset beside
+ * it, and mean what the column that serves them shows. */
 typedef struct inventory_db_memory {
     uint8_t reserved_0[24];
     uint16_t speed1; /* 24: MHz */

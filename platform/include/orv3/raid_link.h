@@ -1,7 +1,12 @@
 /* RAID link library: out-of-band view of the RAID controllers, drives, storage
  * pools (arrays) and volumes. The caller zeroes a record, stores the id of what
  * it asks about in the record and passes it; the library fills the rest and
- * returns 0 (RAIDLINK_STATUS_SUCCESS). It allocates nothing. */
+ * returns 0 (RAIDLINK_STATUS_SUCCESS). It allocates nothing.
+ *
+ * The library documents some fields only by where they lie in the record:
+ * those keep the name of their byte offset (text_162 starts at byte 162), so
+ * that each can be matched with the layout, and mean what the table that
+ * serves them shows. */
 #ifndef ORV3_RAID_LINK_H
 #define ORV3_RAID_LINK_H
 
