@@ -41,9 +41,11 @@ TEST(TableRegistry, EveryTableHangsBelowTheModuleAndNoneInsideAnother)
         ASSERT_NE(table->rootOid, nullptr) << table->name;
         EXPECT_GT(table->rootOidLength, OID_LENGTH(kModuleRoot)) << table->name;
         EXPECT_TRUE(std::equal(kModuleRoot, kModuleRoot + OID_LENGTH(kModuleRoot), table->rootOid)) << table->name;
-        for (const orv3::Table *other : all)
-            if (other != table)
+        for (const orv3::Table *other : all) {
+            if (other != table) {
                 EXPECT_FALSE(isPrefix(*other, *table)) << table->name << " lies inside " << other->name;
+            }
+        }
     }
 }
 
@@ -61,7 +63,7 @@ TEST(TableRegistry, ColumnsAscendFromTheIndexAndEndAtOrBeforeTheLastRegisteredCo
 
 TEST(TableRegistry, TextColumnsHaveRoomAndTheirLengthLiesOutsideTheText)
 {
-    for (const orv3::Table *table : tables())
+    for (const orv3::Table *table : tables()) {
         for (const orv3::Column &column : table->columns) {
             if (column.asnType != ASN_OCTET_STR)
                 continue;
@@ -70,6 +72,7 @@ TEST(TableRegistry, TextColumnsHaveRoomAndTheirLengthLiesOutsideTheText)
             const bool after = column.lengthOffset >= column.offset + column.capacity;
             EXPECT_TRUE(before || after) << table->name << " column " << column.number;
         }
+    }
 }
 
 TEST(TableRegistry, EveryTableIsLoadedAndAnswered)
@@ -77,10 +80,12 @@ TEST(TableRegistry, EveryTableIsLoadedAndAnswered)
     for (const orv3::Table *table : tables()) {
         EXPECT_NE(table->load, nullptr) << table->name;
         EXPECT_GT(table->maxColumn, 0u) << table->name;
-        if (table->handler.entry == orv3::HandlerPolicy::EntryTrace::ModeAndGroupState)
+        if (table->handler.entry == orv3::HandlerPolicy::EntryTrace::ModeAndGroupState) {
             EXPECT_NE(table->handler.groupState, nullptr) << table->name;
-        if (table->handler.entry == orv3::HandlerPolicy::EntryTrace::Mode)
+        }
+        if (table->handler.entry == orv3::HandlerPolicy::EntryTrace::Mode) {
             EXPECT_NE(table->handler.entryTrace, nullptr) << table->name;
+        }
     }
 }
 

@@ -1,6 +1,5 @@
 #include "adapter_rows.h"
 
-
 namespace orv3 {
 
 namespace {

@@ -31,19 +31,17 @@ struct AdapterFunctions {
 
 } // namespace
 
-#define ORV3_ADAPTER_TABLE(T)                                                                                          \
-    {                                                                                                                  \
-        T##_oid, OID_LENGTH(T##_oid), #T, 1, T##_lastColumn, T##_handler, T##_get_first_data_point,                    \
-            T##_get_next_data_point                                                                                    \
-    }
-
 extern "C" {
 
 const adapter_table_registration_t adapter_tables[] = {
-    ORV3_ADAPTER_TABLE(adapterGenericTable),      ORV3_ADAPTER_TABLE(adapterNetworkFunctionTable),
-    ORV3_ADAPTER_TABLE(adapterNetworkPortTable), ORV3_ADAPTER_TABLE(adapterGPUFunctionTable),
-    ORV3_ADAPTER_TABLE(adapterGPUChipTable),     ORV3_ADAPTER_TABLE(adapterRAIDFunctionTable),
-    ORV3_ADAPTER_TABLE(adapterFirmwareTable),     {},
+    ORV3_TABLE_REGISTRATION_RECORD(adapterGenericTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterNetworkFunctionTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterNetworkPortTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterGPUFunctionTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterGPUChipTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterRAIDFunctionTable),
+    ORV3_TABLE_REGISTRATION_RECORD(adapterFirmwareTable),
+    {},
 };
 
 int init_adapters(void)
@@ -318,7 +316,6 @@ uint32_t get_pci_other_funckey_list(inventory_db_func_key_list_t *list)
 }
 
 } // extern "C"
-
 
 namespace orv3 {
 

@@ -31,7 +31,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterFirmwareTable_entry_t> adapterFirmwareTable_table =
-    orv3::adapterTable<adapterFirmwareTable_entry_t>("adapterFirmwareTable", adapterFirmwareTable_oid, adapterFirmwareTable_lastColumn, servedColumns, adapterFirmwareTable_loadData, adapterFirmwareTable_head);
+    orv3::adapterTable<adapterFirmwareTable_entry_t>("adapterFirmwareTable", adapterFirmwareTable_oid,
+                                                     adapterFirmwareTable_lastColumn, servedColumns,
+                                                     adapterFirmwareTable_loadData, adapterFirmwareTable_head);
 
 // Every column is a firmware text, trimmed.
 template <orv3_text256_t Row::*column, auto field>
@@ -79,9 +81,8 @@ uint32_t adapterFirmwareTable_addRow_byFunc(uint32_t funcKey, int32_t &index)
     }
     orv3::AdapterResult result;
     for (uint32_t f = 0; f < list.count; ++f) {
-        const uint32_t made =
-            orv3::addAdapterRow(adapterFirmwareTable_table, index++,
-                                std::span<const Fill>(kFills), FirmwareSource{cardName, list.firmware[f]});
+        const uint32_t made = orv3::addAdapterRow(adapterFirmwareTable_table, index++, std::span<const Fill>(kFills),
+                                                  FirmwareSource{cardName, list.firmware[f]});
         if (!result.take(made))
             return ADAPTERS_FAILED;
     }

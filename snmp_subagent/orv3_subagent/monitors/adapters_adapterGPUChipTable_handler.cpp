@@ -38,7 +38,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGPUChipTable_entry_t> adapterGPUChipTable_table =
-    orv3::adapterTable<adapterGPUChipTable_entry_t>("adapterGPUChipTable", adapterGPUChipTable_oid, adapterGPUChipTable_lastColumn, servedColumns, adapterGPUChipTable_loadData, adapterGPUChipTable_head);
+    orv3::adapterTable<adapterGPUChipTable_entry_t>("adapterGPUChipTable", adapterGPUChipTable_oid,
+                                                    adapterGPUChipTable_lastColumn, servedColumns,
+                                                    adapterGPUChipTable_loadData, adapterGPUChipTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillChipText(const char *, const ChipSource &source, Row &row)

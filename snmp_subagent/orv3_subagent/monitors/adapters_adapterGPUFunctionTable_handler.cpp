@@ -18,7 +18,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGPUFunctionTable_entry_t> adapterGPUFunctionTable_table =
-    orv3::adapterTable<adapterGPUFunctionTable_entry_t>("adapterGPUFunctionTable", adapterGPUFunctionTable_oid, adapterGPUFunctionTable_lastColumn, servedColumns, adapterGPUFunctionTable_loadData, adapterGPUFunctionTable_head);
+    orv3::adapterTable<adapterGPUFunctionTable_entry_t>("adapterGPUFunctionTable", adapterGPUFunctionTable_oid,
+                                                        adapterGPUFunctionTable_lastColumn, servedColumns,
+                                                        adapterGPUFunctionTable_loadData, adapterGPUFunctionTable_head);
 
 // The video memory is described only by a GPU whose adapter has VPD and
 // miscellaneous data out of band; the columns stay empty otherwise.
@@ -65,7 +67,8 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterGPUFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, ADAPTERS_GPU_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterGPUFunctionTable_table, ADAPTERS_GPU_FUNCTIONS,
+                                  std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterGPUFunctionTable, adapterGPUFunctionTable_table)

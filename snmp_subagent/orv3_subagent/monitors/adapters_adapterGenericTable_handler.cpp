@@ -21,7 +21,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGenericTable_entry_t> adapterGenericTable_table =
-    orv3::adapterTable<adapterGenericTable_entry_t>("adapterGenericTable", adapterGenericTable_oid, adapterGenericTable_lastColumn, servedColumns, adapterGenericTable_loadData, adapterGenericTable_head);
+    orv3::adapterTable<adapterGenericTable_entry_t>("adapterGenericTable", adapterGenericTable_oid,
+                                                    adapterGenericTable_lastColumn, servedColumns,
+                                                    adapterGenericTable_loadData, adapterGenericTable_head);
 
 uint32_t fillProductName(const char *, const inventory_db_adapter_t &adapter, Row &row)
 {

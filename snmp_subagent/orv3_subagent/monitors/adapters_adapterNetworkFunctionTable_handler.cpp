@@ -19,7 +19,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterNetworkFunctionTable_entry_t> adapterNetworkFunctionTable_table =
-    orv3::adapterTable<adapterNetworkFunctionTable_entry_t>("adapterNetworkFunctionTable", adapterNetworkFunctionTable_oid, adapterNetworkFunctionTable_lastColumn, servedColumns, adapterNetworkFunctionTable_loadData, adapterNetworkFunctionTable_head);
+    orv3::adapterTable<adapterNetworkFunctionTable_entry_t>(
+        "adapterNetworkFunctionTable", adapterNetworkFunctionTable_oid, adapterNetworkFunctionTable_lastColumn,
+        servedColumns, adapterNetworkFunctionTable_loadData, adapterNetworkFunctionTable_head);
 
 // The port counts are known only for a function whose adapter has data
 // out of band; without it they read 0.
@@ -97,7 +99,8 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterNetworkFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table, ADAPTERS_NETWORK_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterNetworkFunctionTable_table, ADAPTERS_NETWORK_FUNCTIONS,
+                                  std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterNetworkFunctionTable, adapterNetworkFunctionTable_table)

@@ -45,7 +45,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterNetworkPortTable_entry_t> adapterNetworkPortTable_table =
-    orv3::adapterTable<adapterNetworkPortTable_entry_t>("adapterNetworkPortTable", adapterNetworkPortTable_oid, adapterNetworkPortTable_lastColumn, servedColumns, adapterNetworkPortTable_loadData, adapterNetworkPortTable_head);
+    orv3::adapterTable<adapterNetworkPortTable_entry_t>("adapterNetworkPortTable", adapterNetworkPortTable_oid,
+                                                        adapterNetworkPortTable_lastColumn, servedColumns,
+                                                        adapterNetworkPortTable_loadData, adapterNetworkPortTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillLogicalText(const char *, const PortSource &source, Row &row)
@@ -174,9 +176,9 @@ uint32_t addFunctionPorts(const inventory_db_func_key_t &func, int32_t &index)
         }
         const std::unique_ptr<LogicalPort, decltype(&free)> ownedLogical(logical.ports, free);
         for (uint32_t l = 0; l < logical.count && logical.ports; ++l) {
-            const uint32_t made = orv3::addAdapterRow(adapterNetworkPortTable_table,
-                                                      index++, std::span<const Fill>(kFills),
-                                                      PortSource{func, physical.ports[p], logical.ports[l]});
+            const uint32_t made =
+                orv3::addAdapterRow(adapterNetworkPortTable_table, index++, std::span<const Fill>(kFills),
+                                    PortSource{func, physical.ports[p], logical.ports[l]});
             if (!result.take(made))
                 return ADAPTERS_FAILED;
         }

@@ -15,7 +15,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterRAIDFunctionTable_entry_t> adapterRAIDFunctionTable_table =
-    orv3::adapterTable<adapterRAIDFunctionTable_entry_t>("adapterRAIDFunctionTable", adapterRAIDFunctionTable_oid, adapterRAIDFunctionTable_lastColumn, servedColumns, adapterRAIDFunctionTable_loadData, adapterRAIDFunctionTable_head);
+    orv3::adapterTable<adapterRAIDFunctionTable_entry_t>(
+        "adapterRAIDFunctionTable", adapterRAIDFunctionTable_oid, adapterRAIDFunctionTable_lastColumn, servedColumns,
+        adapterRAIDFunctionTable_loadData, adapterRAIDFunctionTable_head);
 
 const orv3::FunctionFill<Row> kFills[] = {
     ORV3_FUNCTION_IDENTITY_FILLS(adapterRAIDFunctionTable, raid, Row),
@@ -26,7 +28,8 @@ const orv3::FunctionFill<Row> kFills[] = {
 
 extern "C" int adapterRAIDFunctionTable_loadData(void)
 {
-    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table, ADAPTERS_RAID_FUNCTIONS, std::span<const orv3::FunctionFill<Row>>(kFills));
+    return orv3::loadFunctionRows(adapterRAIDFunctionTable_table, ADAPTERS_RAID_FUNCTIONS,
+                                  std::span<const orv3::FunctionFill<Row>>(kFills));
 }
 
 ORV3_TABLE(adapterRAIDFunctionTable, adapterRAIDFunctionTable_table)

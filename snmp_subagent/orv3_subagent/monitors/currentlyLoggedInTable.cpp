@@ -37,4 +37,3 @@ constinit orv3::TableOf<currentlyLoggedInTable_entry_t> currentlyLoggedInTable_t
 } // namespace
 
 ORV3_TABLE(currentlyLoggedInTable, currentlyLoggedInTable_table)
-

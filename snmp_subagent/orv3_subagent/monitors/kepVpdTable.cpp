@@ -38,4 +38,3 @@ constinit orv3::TableOf<kepVpdTable_entry_t> kepVpdTable_table = {{
 } // namespace
 
 ORV3_TABLE(kepVpdTable, kepVpdTable_table)
-

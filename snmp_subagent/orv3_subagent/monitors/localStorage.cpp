@@ -16,24 +16,18 @@ long RAIDOOBCapable_value = 0;
 
 } // namespace
 
-#define ORV3_LOCAL_STORAGE_TABLE(T)                                                                                    \
-    {                                                                                                                  \
-        T##_oid, OID_LENGTH(T##_oid), #T, 1, T##_lastColumn, T##_handler, T##_get_first_data_point,                    \
-            T##_get_next_data_point                                                                                    \
-    }
-
 extern "C" {
 
 const oid RAIDOOBCapable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 13, 1, 1, 0};
 size_t OOBCapableOidLen = OID_LENGTH(RAIDOOBCapable_oid);
 
 local_storage_table_t init_set[] = {
-    ORV3_LOCAL_STORAGE_TABLE(raidControllerTable),
-    ORV3_LOCAL_STORAGE_TABLE(raidDriveTable),
-    ORV3_LOCAL_STORAGE_TABLE(raidControllerFirmwareTable),
-    ORV3_LOCAL_STORAGE_TABLE(raidDriveFirmwareTable),
-    ORV3_LOCAL_STORAGE_TABLE(raidStoragepoolTable),
-    ORV3_LOCAL_STORAGE_TABLE(raidVolumeTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidControllerTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidDriveTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidControllerFirmwareTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidDriveFirmwareTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidStoragepoolTable),
+    ORV3_TABLE_REGISTRATION_RECORD(raidVolumeTable),
     {},
 };
 

@@ -54,4 +54,3 @@ constinit orv3::TableOf<powerPolicyTable_entry_t> powerPolicyTable_table = {{
 } // namespace
 
 ORV3_TABLE(powerPolicyTable, powerPolicyTable_table)
-

@@ -43,4 +43,3 @@ constinit orv3::TableOf<powerTrendingSampleTable_entry_t> powerTrendingSampleTab
 } // namespace
 
 ORV3_TABLE(powerTrendingSampleTable, powerTrendingSampleTable_table)
-

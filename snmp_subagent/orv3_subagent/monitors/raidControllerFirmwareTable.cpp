@@ -19,7 +19,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidFirmwareTable_entry_t> raidControllerFirmwareTable_table =
-    orv3::raidTable<raidFirmwareTable_entry_t>("raidControllerFirmwareTable", raidControllerFirmwareTable_oid, raidControllerFirmwareTable_lastColumn, servedColumns, raidControllerFirmwareTable_loadData, raidControllerFirmwareTable_head);
+    orv3::raidTable<raidFirmwareTable_entry_t>("raidControllerFirmwareTable", raidControllerFirmwareTable_oid,
+                                               raidControllerFirmwareTable_lastColumn, servedColumns,
+                                               raidControllerFirmwareTable_loadData, raidControllerFirmwareTable_head);
 
 } // namespace
 
@@ -39,17 +41,16 @@ int raidControllerFirmwareTable_loadData(void)
 {
     int32_t index = 1;
     raid_link_fw_info_t fw;
-    return orv3::forEachController(raidControllerFirmwareTable_table, orv3::ListFailureText::Separate, __func__,
-                                   __LINE__, [&](uint32_t id) {
-                                       memset(&fw, 0, sizeof fw);
-                                       fw.id = id;
-                                       if (raidlink_get_ctrl_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS)
-                                           orv3::logFailedCall("raidControllerFirmwareTable_loadData", __LINE__,
-                                                               "raidlink_get_ctrl_fw_info");
-                                       else
-                                           arrangeCtrlFirmwareDataAndCreateArow(&fw, &index, id);
-                                       return true;
-                                   });
+    return orv3::forEachController(
+        raidControllerFirmwareTable_table, orv3::ListFailureText::Separate, __func__, __LINE__, [&](uint32_t id) {
+            memset(&fw, 0, sizeof fw);
+            fw.id = id;
+            if (raidlink_get_ctrl_fw_info(&fw) != RAIDLINK_STATUS_SUCCESS)
+                orv3::logFailedCall("raidControllerFirmwareTable_loadData", __LINE__, "raidlink_get_ctrl_fw_info");
+            else
+                arrangeCtrlFirmwareDataAndCreateArow(&fw, &index, id);
+            return true;
+        });
 }
 
 } // extern "C"

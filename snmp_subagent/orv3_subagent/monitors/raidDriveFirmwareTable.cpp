@@ -19,7 +19,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table =
-    orv3::raidTable<raidFirmwareTable_entry_t>("raidDriveFirmwareTable", raidDriveFirmwareTable_oid, raidDriveFirmwareTable_lastColumn, servedColumns, raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
+    orv3::raidTable<raidFirmwareTable_entry_t>("raidDriveFirmwareTable", raidDriveFirmwareTable_oid,
+                                               raidDriveFirmwareTable_lastColumn, servedColumns,
+                                               raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
 
 } // namespace
 
@@ -42,7 +44,8 @@ int raidDriveFirmwareTable_loadData(void)
     raid_link_ctrl_disk_list_t drives;
     raid_link_fw_info_t fw;
     return orv3::forEachController(
-        raidDriveFirmwareTable_table, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__, [&](uint32_t ctrlId) {
+        raidDriveFirmwareTable_table, orv3::ListFailureText::SeparateWithBlank, __func__, __LINE__,
+        [&](uint32_t ctrlId) {
             memset(&drives, 0, sizeof drives);
             memcpy(&drives.ctrl_id, &ctrlId, sizeof drives.ctrl_id);
             if (raidlink_get_ctrl_disk_list(&drives) != RAIDLINK_STATUS_SUCCESS || drives.count == 0) {

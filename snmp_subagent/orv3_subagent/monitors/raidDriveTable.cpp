@@ -43,7 +43,8 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table =
-    orv3::raidTable<raidDriveTable_entry_t>("raidDriveTable", raidDriveTable_oid, raidDriveTable_lastColumn, servedColumns, raidDriveTable_loadData, raidDriveTable_head);
+    orv3::raidTable<raidDriveTable_entry_t>("raidDriveTable", raidDriveTable_oid, raidDriveTable_lastColumn,
+                                            servedColumns, raidDriveTable_loadData, raidDriveTable_head);
 
 // Component names as the library gives them, joined by ", ".
 void arrangeFirmwareNames(Row &row, const raid_link_fw_info_t &fw)

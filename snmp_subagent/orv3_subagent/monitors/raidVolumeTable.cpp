@@ -22,7 +22,8 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table =
-    orv3::raidTable<raidVolumeTable_entry_t>("raidVolumeTable", raidVolumeTable_oid, raidVolumeTable_lastColumn, servedColumns, raidVolumeTable_loadData, raidVolumeTable_head);
+    orv3::raidTable<raidVolumeTable_entry_t>("raidVolumeTable", raidVolumeTable_oid, raidVolumeTable_lastColumn,
+                                             servedColumns, raidVolumeTable_loadData, raidVolumeTable_head);
 
 void formatStripeSize(orv3_text256_t &column, uint32_t bytes)
 {

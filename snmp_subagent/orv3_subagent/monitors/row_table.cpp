@@ -276,10 +276,8 @@ bool reload(Table &table, const char *routine, int line)
         table.rows.clear();
     const int result = table.load();
     switch (table.loadFailure) {
-    case Table::LoadFailure::Ignored:
-        break;
-    case Table::LoadFailure::EndsTheWalk:
-        return result == 0;
+    case Table::LoadFailure::Ignored: break;
+    case Table::LoadFailure::EndsTheWalk: return result == 0;
     case Table::LoadFailure::EmptiesTheTable:
         if (result == kLoadFailedOutright)
             table.rows.clear();
@@ -344,11 +342,8 @@ static void traceEntry(const Table &table, const char *handlerName, int mode, co
 {
     const HandlerPolicy &policy = table.handler;
     switch (policy.entry) {
-    case HandlerPolicy::EntryTrace::None:
-        break;
-    case HandlerPolicy::EntryTrace::Mode:
-        ORV3_TRACE_AT(handlerName, where, table.name, policy.entryTrace, mode);
-        break;
+    case HandlerPolicy::EntryTrace::None: break;
+    case HandlerPolicy::EntryTrace::Mode: ORV3_TRACE_AT(handlerName, where, table.name, policy.entryTrace, mode); break;
     case HandlerPolicy::EntryTrace::ModeAndGroupState:
         ORV3_TRACE_AT(handlerName, where, table.name, "%s: reqmode = %d-%s State %s\n", handlerName, mode,
                       getSNMPModeName(mode), getHandlerStateName(*policy.groupState));
@@ -396,12 +391,8 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
                 // Requests answered earlier in this pass are overwritten too.
                 netsnmp_request_set_error_all(requests, SNMP_NOSUCHINSTANCE);
                 return 0;
-            case Missing::FirstRequest:
-                netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE);
-                return 0;
-            case Missing::ThatRequest:
-                netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHINSTANCE);
-                continue;
+            case Missing::FirstRequest: netsnmp_request_set_error(requests, SNMP_NOSUCHINSTANCE); return 0;
+            case Missing::ThatRequest: netsnmp_set_request_error(reqinfo, request, SNMP_NOSUCHINSTANCE); continue;
             }
         }
         if (policy.set == Set::ReadOnlyOnceARowIsFound && isSetPhase(mode)) {

@@ -178,8 +178,14 @@ struct HandlerPolicy {
 // row fails the whole request.
 constexpr HandlerPolicy wholeListHandler(const char *entryTrace)
 {
-    return {HandlerPolicy::SetAnswer::ReadOnlyAtOnce, HandlerPolicy::MissingRow::EveryRequest, false,
-            HandlerPolicy::EntryTrace::Mode, entryTrace, nullptr, nullptr, nullptr};
+    return {HandlerPolicy::SetAnswer::ReadOnlyAtOnce,
+            HandlerPolicy::MissingRow::EveryRequest,
+            false,
+            HandlerPolicy::EntryTrace::Mode,
+            entryTrace,
+            nullptr,
+            nullptr,
+            nullptr};
 }
 
 // The handler of the tables that belong with a settable group (voltages,
@@ -187,8 +193,14 @@ constexpr HandlerPolicy wholeListHandler(const char *entryTrace)
 // the group's SET state.
 constexpr HandlerPolicy perRequestHandler(const int32_t *groupState)
 {
-    return {HandlerPolicy::SetAnswer::ReadOnlyOnceARowIsFound, HandlerPolicy::MissingRow::FirstRequest, false,
-            HandlerPolicy::EntryTrace::ModeAndGroupState, nullptr, groupState, nullptr, nullptr};
+    return {HandlerPolicy::SetAnswer::ReadOnlyOnceARowIsFound,
+            HandlerPolicy::MissingRow::FirstRequest,
+            false,
+            HandlerPolicy::EntryTrace::ModeAndGroupState,
+            nullptr,
+            groupState,
+            nullptr,
+            nullptr};
 }
 
 // The RAID and adapter tables' handler: GET only, each request answered on
@@ -196,8 +208,14 @@ constexpr HandlerPolicy perRequestHandler(const int32_t *groupState)
 constexpr HandlerPolicy getOnlyHandler(HandlerPolicy::EntryTrace entry, const char *requestToken = nullptr,
                                        const char *requestTrace = nullptr)
 {
-    return {HandlerPolicy::SetAnswer::LeftAlone, HandlerPolicy::MissingRow::ThatRequest, true, entry, nullptr,
-            nullptr, requestToken, requestTrace};
+    return {HandlerPolicy::SetAnswer::LeftAlone,
+            HandlerPolicy::MissingRow::ThatRequest,
+            true,
+            entry,
+            nullptr,
+            nullptr,
+            requestToken,
+            requestTrace};
 }
 
 // The platform function a table's rows depend on. While it is not offered
@@ -245,7 +263,7 @@ struct Table {
     // The engine frees the rows before each load (the loader builds from
     // nothing); otherwise the loader does.
     bool clearedBeforeLoad = false;
-    const SupportGate *gate = nullptr;                   // null: always offered
+    const SupportGate *gate = nullptr;              // null: always offered
     const RegistrationGate *registration = nullptr; // null: always registered
 
     // ---- how requests are answered
@@ -383,7 +401,7 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
     }                                                                                                                  \
     T##_row_t *T##_createEntry(void *source)                                                                           \
     {                                                                                                                  \
-        return reinterpret_cast<T##_row_t *>(::orv3::createEntry(descriptor, source, sizeof(T##_row_t)));                                 \
+        return reinterpret_cast<T##_row_t *>(::orv3::createEntry(descriptor, source, sizeof(T##_row_t)));              \
     }                                                                                                                  \
     T##_row_t *T##_insertEntry(T##_row_t *row)                                                                         \
     {                                                                                                                  \
@@ -422,6 +440,15 @@ int tableHandler(const Table &table, const char *handlerName, netsnmp_agent_requ
     }                                                                                                                  \
     }                                                                                                                  \
     [[maybe_unused]] static const bool T##_declared = ::orv3::declareTable(descriptor);
+
+// The record of table T in a group's registration array (init_set,
+// adapter_tables): OID, its length, name, columns 1 to the last, handler,
+// and the iterator's pair.
+#define ORV3_TABLE_REGISTRATION_RECORD(T)                                                                              \
+    {                                                                                                                  \
+        T##_oid, OID_LENGTH(T##_oid), #T, 1, T##_lastColumn, T##_handler, T##_get_first_data_point,                    \
+            T##_get_next_data_point                                                                                    \
+    }
 
 // Declares the routine family of table T (ROW rows) for the table's header.
 // Routines particular to a table (copy, row count, commit) are declared

@@ -9,7 +9,6 @@
 // the loader has filled.
 #include "inventory.h"
 
-
 static const oid systemComponentLevelVpdTrackingTable_oid[] = {1, 3, 6, 1, 4, 1, 53917, 11, 1, 1, 5, 18};
 
 extern "C" {

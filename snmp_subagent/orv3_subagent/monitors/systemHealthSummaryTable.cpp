@@ -38,4 +38,3 @@ constinit orv3::TableOf<systemHealthSummaryTable_entry_t> systemHealthSummaryTab
 } // namespace
 
 ORV3_TABLE(systemHealthSummaryTable, systemHealthSummaryTable_table)
-

@@ -59,16 +59,16 @@ static const orv3::SensorStore tempStore = {
     .index = &tempIndex_value,
     .holders =
         {
-                &tempDescr_value,
-                &tempReading_value,
-                &tempNominalReading_value,
-                &tempNonRecovLimitHigh_value,
-                &tempCritLimitHigh_value,
-                &tempNonCritLimitHigh_value,
-                &tempNonRecovLimitLow_value,
-                &tempCritLimitLow_value,
-                &tempNonCritLimitLow_value,
-                &tempHealthStatus_value,
+            &tempDescr_value,
+            &tempReading_value,
+            &tempNominalReading_value,
+            &tempNonRecovLimitHigh_value,
+            &tempCritLimitHigh_value,
+            &tempNonCritLimitHigh_value,
+            &tempNonRecovLimitLow_value,
+            &tempCritLimitLow_value,
+            &tempNonCritLimitLow_value,
+            &tempHealthStatus_value,
         },
 };
 

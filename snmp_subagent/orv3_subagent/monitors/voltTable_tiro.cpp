@@ -59,16 +59,16 @@ static const orv3::SensorStore voltStore = {
     .index = &voltIndex_value,
     .holders =
         {
-                &voltDescr_value,
-                &voltReading_value,
-                &voltNominalReading_value,
-                &voltNonRecovLimitHigh_value,
-                &voltCritLimitHigh_value,
-                &voltNonCritLimitHigh_value,
-                &voltNonRecovLimitLow_value,
-                &voltCritLimitLow_value,
-                &voltNonCritLimitLow_value,
-                &voltHealthStatus_value,
+            &voltDescr_value,
+            &voltReading_value,
+            &voltNominalReading_value,
+            &voltNonRecovLimitHigh_value,
+            &voltCritLimitHigh_value,
+            &voltNonCritLimitHigh_value,
+            &voltNonRecovLimitLow_value,
+            &voltCritLimitLow_value,
+            &voltNonCritLimitLow_value,
+            &voltHealthStatus_value,
         },
 };
 
