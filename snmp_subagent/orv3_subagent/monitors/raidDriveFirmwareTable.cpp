@@ -9,18 +9,9 @@ orv3_row_head_t *raidDriveFirmwareTable_head = nullptr;
 
 namespace {
 
-using Row = raidFirmwareTable_entry_t;
-
-const orv3::Column servedColumns[] = {
-    ORV3_INTEGER_COLUMN(1, Row, head.index), ORV3_TEXT_FIELD_COLUMN(2, Row, name),
-    ORV3_TEXT_FIELD_COLUMN(3, Row, label),   ORV3_TEXT_FIELD_COLUMN(4, Row, text131),
-    ORV3_TEXT_FIELD_COLUMN(5, Row, text98),  ORV3_TEXT_FIELD_COLUMN(6, Row, text0),
-    ORV3_TEXT_FIELD_COLUMN(7, Row, text260),
-};
-
 constinit orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table =
     orv3::raidTable<raidFirmwareTable_entry_t>("raidDriveFirmwareTable", raidDriveFirmwareTable_oid,
-                                               raidDriveFirmwareTable_lastColumn, servedColumns,
+                                               raidDriveFirmwareTable_lastColumn, orv3::kRaidFirmwareColumns,
                                                raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
 
 } // namespace

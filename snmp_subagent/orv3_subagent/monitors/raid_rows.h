@@ -44,6 +44,17 @@ void joinLabels(char (&buffer)[Capacity], uint32_t &length, const uint32_t *ids,
     joinLabels(labels, ids, count, label);
 }
 
+// The columns of both firmware tables, whose rows are one record.
+inline constexpr Column kRaidFirmwareColumns[] = {
+    ORV3_INTEGER_COLUMN(1, raidFirmwareTable_entry_t, head.index),
+    ORV3_TEXT_FIELD_COLUMN(2, raidFirmwareTable_entry_t, name),
+    ORV3_TEXT_FIELD_COLUMN(3, raidFirmwareTable_entry_t, label),
+    ORV3_TEXT_FIELD_COLUMN(4, raidFirmwareTable_entry_t, text131),
+    ORV3_TEXT_FIELD_COLUMN(5, raidFirmwareTable_entry_t, text98),
+    ORV3_TEXT_FIELD_COLUMN(6, raidFirmwareTable_entry_t, text0),
+    ORV3_TEXT_FIELD_COLUMN(7, raidFirmwareTable_entry_t, text260),
+};
+
 // One firmware-table row per component of `fw` (as many as the record
 // holds), numbered from `index` on, each with the `label` of its owner.
 void arrangeFirmwareRows(const raid_link_fw_info_t &fw, int32_t &index, const char *label,
