@@ -279,11 +279,11 @@ struct Table {
 template <class RowRecord> struct TableOf : Table {
     using Row = RowRecord;
 };
+template <class T> using RowOf = typename std::remove_cvref_t<T>::Row;
+
 // The result by which a loader says it failed outright (the adapter
 // group's ADAPTERS_FAILED); 1 there means a partial load, which stands.
 constexpr int kLoadFailedOutright = 2;
-
-template <class T> using RowOf = typename std::remove_cvref_t<T>::Row;
 
 // The column list of a table: its numbers ascend, and the list ends at or
 // before the table's last column.
@@ -297,6 +297,7 @@ constexpr bool columnsAscendWithin(std::span<const Column> columns, unsigned max
     }
     return true;
 }
+
 // Registers a table with the iterator helper (columns 1 to maxColumn, one
 // INTEGER index, rows sorted). Returns the agent's registration result. The
 // RAID and adapter groups register their tables from their own arrays.
