@@ -190,7 +190,7 @@ namespace orv3 {
 template <class Row> uint32_t loadFunctionRows(Table &table, uint32_t mask, std::span<const FunctionFill<Row>> fills)
 {
     int32_t index = 1;
-    return forEachFunction(mask, [&](const inventory_db_func_key_t &func) {
+    return forEachFunction(table, mask, [&](const inventory_db_func_key_t &func) {
         inventory_db_pci_info_t pci;
         inventory_db_pci_vpd_t vpd;
         inventory_db_pci_misc_t misc;

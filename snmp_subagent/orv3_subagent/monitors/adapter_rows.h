@@ -74,14 +74,18 @@ uint32_t addAdapterRow(Table &table, int32_t index, std::span<const AdapterFill<
 
 // ---- the walks over the inventory ------------------------------------------
 //
-// Each visit answers ADAPTERS_OK, ADAPTERS_PARTIAL or ADAPTERS_FAILED; the
-// walk stops at the first failure and answers the fold of the rest.
+// Every adapter loader builds its table from nothing: a walk first frees
+// the table's rows. Each visit answers ADAPTERS_OK, ADAPTERS_PARTIAL or
+// ADAPTERS_FAILED; the walk stops at the first failure and answers the fold
+// of the rest.
 
 // Every adapter, in the database's order, with its position from 0. A list
 // that cannot be read fails the load, traced as the loader's own failure.
 template <class Visit>
-uint32_t forEachAdapter(const char *loader, Visit visit, std::source_location where = std::source_location::current())
+uint32_t forEachAdapter(Table &table, const char *loader, Visit visit,
+                        std::source_location where = std::source_location::current())
 {
+    table.rows.clear();
     uint32_t count = 0;
     inventory_db_adapter_t *adapters = nullptr;
     if (orvdb_get_pci_adapter_list(&count, &adapters) != ORV_DB_STATUS_SUCCESS) {
@@ -100,8 +104,9 @@ uint32_t forEachAdapter(const char *loader, Visit visit, std::source_location wh
 
 // Every function of the class `mask` (ADAPTERS_NETWORK_FUNCTIONS, ...), as
 // get_pci_funckey_list lists them: by adapter, then in the database's order.
-template <class Visit> uint32_t forEachFunction(uint32_t mask, Visit visit)
+template <class Visit> uint32_t forEachFunction(Table &table, uint32_t mask, Visit visit)
 {
+    table.rows.clear();
     inventory_db_func_key_list_t functions = {};
     if (get_pci_funckey_list(&functions, mask) == ADAPTERS_FAILED)
         return ADAPTERS_FAILED;
@@ -119,10 +124,6 @@ template <size_t N> uint32_t fillTrimmed(orv3_text256_t &column, const char (&fi
     strtrimInto(column, field);
     return ADAPTERS_OK;
 }
-
-} // namespace orv3
-
-namespace orv3 {
 
 // The protocols a logical port runs, as the port table shows them: the
 // words "Ethernet", "FCoE/FC" and "iSCSI" of the flags set, joined by ", ",

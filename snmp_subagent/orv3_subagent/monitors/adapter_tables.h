@@ -172,38 +172,19 @@ inline constexpr unsigned adapterFirmwareTable_lastColumn = 9;
 
 namespace orv3 {
 
-// How every adapter table is served: rows rebuilt at most once in 5
-// seconds, from nothing, and only while the platform offers the PCI adapter
-// inventory (without it the table is empty); a load that fails outright
-// leaves no rows. GET only, the entry traced by its "trace" line alone.
-inline constexpr RefreshRule kAdapterCache = {RefreshRule::FixedPeriod, 5};
-inline constexpr HandlerPolicy kAdapterHandler = getOnlyHandler(HandlerPolicy::EntryTrace::HeaderOnly);
 extern const SupportGate kPciInventoryGate;
 static_assert(ADAPTERS_FAILED == kLoadFailedOutright);
 
-// The descriptor of an adapter table: its rows are copies of work rows the
-// fills made, rebuilt from nothing when the cache is stale; a load that
-// fails outright leaves the table empty.
-template <class Row, size_t OidLength>
-constexpr TableOf<Row> adapterTable(const char *name, const oid (&rootOid)[OidLength], unsigned lastColumn,
-                                    std::span<const Column> columns, int (*load)(), orv3_row_head_t *&head)
-{
-    return {{
-        .name = name,
-        .rootOid = rootOid,
-        .rootOidLength = OidLength,
-        .maxColumn = lastColumn,
-        .columns = columns,
-        .rowMaking = Table::RowMaking::CopyOfFilledRow,
-        .refresh = kAdapterCache,
-        .check = Table::Check::ReportsFreshness,
-        .load = load,
-        .loadFailure = Table::LoadFailure::EmptiesTheTable,
-        .clearedBeforeLoad = true,
-        .gate = &kPciInventoryGate,
-        .handler = kAdapterHandler,
-        .rows = RowList(head),
-    }};
-}
+// How every adapter table is served: rows rebuilt from nothing by the
+// table's loader at most once in 5 seconds, and only while the platform
+// offers the PCI adapter inventory (without it the table is empty); a load
+// that fails outright leaves no rows. GET only, the entry traced by its
+// "trace" line alone.
+inline constexpr TableFamily kAdapterTables = {
+    .refresh = {RefreshRule::FixedPeriod, 5},
+    .loadFailure = Table::LoadFailure::EmptiesTheTable,
+    .gate = &kPciInventoryGate,
+    .handler = getOnlyHandler(HandlerPolicy::EntryTrace::HeaderOnly),
+};
 
 } // namespace orv3

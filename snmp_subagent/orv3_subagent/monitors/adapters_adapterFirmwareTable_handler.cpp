@@ -31,9 +31,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterFirmwareTable_entry_t> adapterFirmwareTable_table =
-    orv3::adapterTable<adapterFirmwareTable_entry_t>("adapterFirmwareTable", adapterFirmwareTable_oid,
-                                                     adapterFirmwareTable_lastColumn, servedColumns,
-                                                     adapterFirmwareTable_loadData, adapterFirmwareTable_head);
+    orv3::familyTable<adapterFirmwareTable_entry_t>(
+        orv3::kAdapterTables, "adapterFirmwareTable", adapterFirmwareTable_oid, adapterFirmwareTable_lastColumn,
+        servedColumns, adapterFirmwareTable_loadData, adapterFirmwareTable_head);
 
 // Every column is a firmware text, trimmed.
 template <orv3_text256_t Row::*column, auto field>
@@ -112,13 +112,14 @@ uint32_t adapterFirmwareTable_addRow_byAdapter(const inventory_db_adapter_t &ada
 extern "C" int adapterFirmwareTable_loadData(void)
 {
     int32_t index = 1;
-    return orv3::forEachAdapter(__func__, [&index](const inventory_db_adapter_t &adapter, uint32_t) {
-        // Only an adapter with VPD and miscellaneous data out of band
-        // reports its firmware.
-        if (adapter.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
-            return static_cast<uint32_t>(ADAPTERS_OK);
-        return adapterFirmwareTable_addRow_byAdapter(adapter, index);
-    });
+    return orv3::forEachAdapter(adapterFirmwareTable_table, __func__,
+                                [&index](const inventory_db_adapter_t &adapter, uint32_t) {
+                                    // Only an adapter with VPD and miscellaneous data out of band
+                                    // reports its firmware.
+                                    if (adapter.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
+                                        return static_cast<uint32_t>(ADAPTERS_OK);
+                                    return adapterFirmwareTable_addRow_byAdapter(adapter, index);
+                                });
 }
 
 ORV3_TABLE(adapterFirmwareTable, adapterFirmwareTable_table)

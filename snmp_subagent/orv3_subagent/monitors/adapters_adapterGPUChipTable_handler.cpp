@@ -38,9 +38,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGPUChipTable_entry_t> adapterGPUChipTable_table =
-    orv3::adapterTable<adapterGPUChipTable_entry_t>("adapterGPUChipTable", adapterGPUChipTable_oid,
-                                                    adapterGPUChipTable_lastColumn, servedColumns,
-                                                    adapterGPUChipTable_loadData, adapterGPUChipTable_head);
+    orv3::familyTable<adapterGPUChipTable_entry_t>(orv3::kAdapterTables, "adapterGPUChipTable", adapterGPUChipTable_oid,
+                                                   adapterGPUChipTable_lastColumn, servedColumns,
+                                                   adapterGPUChipTable_loadData, adapterGPUChipTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillChipText(const char *, const ChipSource &source, Row &row)
@@ -92,24 +92,25 @@ const Fill kFills[] = {
 extern "C" int adapterGPUChipTable_loadData(void)
 {
     int32_t index = 1;
-    return orv3::forEachFunction(ADAPTERS_GPU_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
-        // Chips are known only with miscellaneous data out of band.
-        if (func.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
-            return static_cast<uint32_t>(ADAPTERS_OK);
-        inventory_db_gpu_chip_list_t chips = {};
-        if (orvdb_get_gpu_chip_list(func.funcKey, &chips) != ORV_DB_STATUS_SUCCESS) {
-            ORV3_ADAPTERS_TRACE_AS("adapterGPUChipTable_loadData", "GPU Function %u cannot get chip list.\n",
-                                   func.funcKey);
-            return static_cast<uint32_t>(ADAPTERS_PARTIAL);
-        }
-        const std::unique_ptr<Chip, decltype(&free)> ownedChips(chips.chips, free);
-        orv3::AdapterResult result;
-        for (uint32_t c = 0; c < chips.count && chips.chips; ++c)
-            if (!result.take(orv3::addAdapterRow(adapterGPUChipTable_table, index++, std::span<const Fill>(kFills),
-                                                 ChipSource{func, chips.chips[c]})))
-                return static_cast<uint32_t>(ADAPTERS_FAILED);
-        return result.value;
-    });
+    return orv3::forEachFunction(
+        adapterGPUChipTable_table, ADAPTERS_GPU_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
+            // Chips are known only with miscellaneous data out of band.
+            if (func.oobSupported != INVENTORY_DB_OOB_VPD_AND_MISC)
+                return static_cast<uint32_t>(ADAPTERS_OK);
+            inventory_db_gpu_chip_list_t chips = {};
+            if (orvdb_get_gpu_chip_list(func.funcKey, &chips) != ORV_DB_STATUS_SUCCESS) {
+                ORV3_ADAPTERS_TRACE_AS("adapterGPUChipTable_loadData", "GPU Function %u cannot get chip list.\n",
+                                       func.funcKey);
+                return static_cast<uint32_t>(ADAPTERS_PARTIAL);
+            }
+            const std::unique_ptr<Chip, decltype(&free)> ownedChips(chips.chips, free);
+            orv3::AdapterResult result;
+            for (uint32_t c = 0; c < chips.count && chips.chips; ++c)
+                if (!result.take(orv3::addAdapterRow(adapterGPUChipTable_table, index++, std::span<const Fill>(kFills),
+                                                     ChipSource{func, chips.chips[c]})))
+                    return static_cast<uint32_t>(ADAPTERS_FAILED);
+            return result.value;
+        });
 }
 
 ORV3_TABLE(adapterGPUChipTable, adapterGPUChipTable_table)

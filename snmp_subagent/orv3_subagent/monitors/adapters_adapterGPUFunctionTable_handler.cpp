@@ -18,9 +18,10 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGPUFunctionTable_entry_t> adapterGPUFunctionTable_table =
-    orv3::adapterTable<adapterGPUFunctionTable_entry_t>("adapterGPUFunctionTable", adapterGPUFunctionTable_oid,
-                                                        adapterGPUFunctionTable_lastColumn, servedColumns,
-                                                        adapterGPUFunctionTable_loadData, adapterGPUFunctionTable_head);
+    orv3::familyTable<adapterGPUFunctionTable_entry_t>(orv3::kAdapterTables, "adapterGPUFunctionTable",
+                                                       adapterGPUFunctionTable_oid, adapterGPUFunctionTable_lastColumn,
+                                                       servedColumns, adapterGPUFunctionTable_loadData,
+                                                       adapterGPUFunctionTable_head);
 
 // The video memory is described only by a GPU whose adapter has VPD and
 // miscellaneous data out of band; the columns stay empty otherwise.

@@ -21,9 +21,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterGenericTable_entry_t> adapterGenericTable_table =
-    orv3::adapterTable<adapterGenericTable_entry_t>("adapterGenericTable", adapterGenericTable_oid,
-                                                    adapterGenericTable_lastColumn, servedColumns,
-                                                    adapterGenericTable_loadData, adapterGenericTable_head);
+    orv3::familyTable<adapterGenericTable_entry_t>(orv3::kAdapterTables, "adapterGenericTable", adapterGenericTable_oid,
+                                                   adapterGenericTable_lastColumn, servedColumns,
+                                                   adapterGenericTable_loadData, adapterGenericTable_head);
 
 uint32_t fillProductName(const char *, const inventory_db_adapter_t &adapter, Row &row)
 {
@@ -67,10 +67,11 @@ const Fill kFills[] = {
 
 extern "C" int adapterGenericTable_loadData(void)
 {
-    return orv3::forEachAdapter(__func__, [](const inventory_db_adapter_t &adapter, uint32_t position) {
-        return orv3::addAdapterRow(adapterGenericTable_table, static_cast<int32_t>(position + 1),
-                                   std::span<const Fill>(kFills), adapter);
-    });
+    return orv3::forEachAdapter(
+        adapterGenericTable_table, __func__, [](const inventory_db_adapter_t &adapter, uint32_t position) {
+            return orv3::addAdapterRow(adapterGenericTable_table, static_cast<int32_t>(position + 1),
+                                       std::span<const Fill>(kFills), adapter);
+        });
 }
 
 ORV3_TABLE(adapterGenericTable, adapterGenericTable_table)

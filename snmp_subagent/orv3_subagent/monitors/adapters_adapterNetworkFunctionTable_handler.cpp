@@ -19,9 +19,10 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterNetworkFunctionTable_entry_t> adapterNetworkFunctionTable_table =
-    orv3::adapterTable<adapterNetworkFunctionTable_entry_t>(
-        "adapterNetworkFunctionTable", adapterNetworkFunctionTable_oid, adapterNetworkFunctionTable_lastColumn,
-        servedColumns, adapterNetworkFunctionTable_loadData, adapterNetworkFunctionTable_head);
+    orv3::familyTable<adapterNetworkFunctionTable_entry_t>(
+        orv3::kAdapterTables, "adapterNetworkFunctionTable", adapterNetworkFunctionTable_oid,
+        adapterNetworkFunctionTable_lastColumn, servedColumns, adapterNetworkFunctionTable_loadData,
+        adapterNetworkFunctionTable_head);
 
 // The port counts are known only for a function whose adapter has data
 // out of band; without it they read 0.

@@ -45,9 +45,10 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterNetworkPortTable_entry_t> adapterNetworkPortTable_table =
-    orv3::adapterTable<adapterNetworkPortTable_entry_t>("adapterNetworkPortTable", adapterNetworkPortTable_oid,
-                                                        adapterNetworkPortTable_lastColumn, servedColumns,
-                                                        adapterNetworkPortTable_loadData, adapterNetworkPortTable_head);
+    orv3::familyTable<adapterNetworkPortTable_entry_t>(orv3::kAdapterTables, "adapterNetworkPortTable",
+                                                       adapterNetworkPortTable_oid, adapterNetworkPortTable_lastColumn,
+                                                       servedColumns, adapterNetworkPortTable_loadData,
+                                                       adapterNetworkPortTable_head);
 
 template <orv3_text256_t Row::*column, auto field>
 uint32_t fillLogicalText(const char *, const PortSource &source, Row &row)
@@ -214,17 +215,18 @@ size_t joinProtocolWords(char *buffer, size_t size, uint8_t ethernet, uint8_t fc
 extern "C" int adapterNetworkPortTable_loadData(void)
 {
     int32_t index = 1;
-    return orv3::forEachFunction(ADAPTERS_NETWORK_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
-        switch (func.oobSupported) {
-        case INVENTORY_DB_OOB_NONE: return static_cast<uint32_t>(ADAPTERS_OK);
-        case INVENTORY_DB_OOB_VPD_AND_MISC:
-        case INVENTORY_DB_OOB_VPD_ONLY: return addFunctionPorts(func, index);
-        default:
-            ORV3_ADAPTERS_TRACE_AS("adapterNetworkPortTable_loadData", "The oobSupported of Function %u is %u.\n",
-                                   func.funcKey, static_cast<unsigned>(func.oobSupported));
-            return static_cast<uint32_t>(ADAPTERS_PARTIAL);
-        }
-    });
+    return orv3::forEachFunction(
+        adapterNetworkPortTable_table, ADAPTERS_NETWORK_FUNCTIONS, [&index](const inventory_db_func_key_t &func) {
+            switch (func.oobSupported) {
+            case INVENTORY_DB_OOB_NONE: return static_cast<uint32_t>(ADAPTERS_OK);
+            case INVENTORY_DB_OOB_VPD_AND_MISC:
+            case INVENTORY_DB_OOB_VPD_ONLY: return addFunctionPorts(func, index);
+            default:
+                ORV3_ADAPTERS_TRACE_AS("adapterNetworkPortTable_loadData", "The oobSupported of Function %u is %u.\n",
+                                       func.funcKey, static_cast<unsigned>(func.oobSupported));
+                return static_cast<uint32_t>(ADAPTERS_PARTIAL);
+            }
+        });
 }
 
 ORV3_TABLE(adapterNetworkPortTable, adapterNetworkPortTable_table)

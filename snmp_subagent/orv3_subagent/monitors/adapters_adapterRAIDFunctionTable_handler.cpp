@@ -15,9 +15,10 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<adapterRAIDFunctionTable_entry_t> adapterRAIDFunctionTable_table =
-    orv3::adapterTable<adapterRAIDFunctionTable_entry_t>(
-        "adapterRAIDFunctionTable", adapterRAIDFunctionTable_oid, adapterRAIDFunctionTable_lastColumn, servedColumns,
-        adapterRAIDFunctionTable_loadData, adapterRAIDFunctionTable_head);
+    orv3::familyTable<adapterRAIDFunctionTable_entry_t>(
+        orv3::kAdapterTables, "adapterRAIDFunctionTable", adapterRAIDFunctionTable_oid,
+        adapterRAIDFunctionTable_lastColumn, servedColumns, adapterRAIDFunctionTable_loadData,
+        adapterRAIDFunctionTable_head);
 
 const orv3::FunctionFill<Row> kFills[] = {
     ORV3_FUNCTION_IDENTITY_FILLS(adapterRAIDFunctionTable, raid, Row),

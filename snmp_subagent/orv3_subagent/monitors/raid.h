@@ -192,43 +192,29 @@ inline constexpr unsigned raidVolumeTable_lastColumn = 7;
 
 namespace orv3 {
 
-// How every RAID table is served: rows rebuilt at most once in 5 seconds,
-// and only while the platform offers the RAID link function (without it
-// their rows are freed and the walk ends at once); GET only, each request
-// traced under "localStorage:handler".
-inline constexpr RefreshRule kRaidCache = {RefreshRule::FixedPeriod, 5};
-inline constexpr HandlerPolicy kRaidHandler =
-    getOnlyHandler(HandlerPolicy::EntryTrace::None, "localStorage:handler", "Processing request (%d)\n");
 extern const SupportGate kRaidLinkGate;
 // The controller table also logs that it released its rows.
 extern const SupportGate kRaidLinkGateReleasingController;
 
+// How every RAID table is served: rows rebuilt by the table's loader at
+// most once in 5 seconds, and only while the platform offers the RAID link
+// function (without it their rows are freed and the walk ends at once); a
+// load that cannot read the controller list ends the walk; GET only, each
+// request traced under "localStorage:handler".
+inline constexpr TableFamily kRaidTables = {
+    .refresh = {RefreshRule::FixedPeriod, 5},
+    .loadFailure = Table::LoadFailure::EndsTheWalk,
+    .gate = &kRaidLinkGate,
+    .handler = getOnlyHandler(HandlerPolicy::EntryTrace::None, "localStorage:handler", "Processing request (%d)\n"),
+};
+inline constexpr TableFamily kRaidControllerTables = {
+    .refresh = kRaidTables.refresh,
+    .loadFailure = kRaidTables.loadFailure,
+    .gate = &kRaidLinkGateReleasingController,
+    .handler = kRaidTables.handler,
+};
+
 // True when the platform says it offers the RAID link function.
 bool raidLinkOffered();
-
-// The descriptor of a RAID table: its rows are copies of records the loader
-// arranged, rebuilt by the loader when the cache is stale; a load that
-// cannot read the controller list ends the walk.
-template <class Row, size_t OidLength>
-constexpr TableOf<Row> raidTable(const char *name, const oid (&rootOid)[OidLength], unsigned lastColumn,
-                                 std::span<const Column> columns, int (*load)(), orv3_row_head_t *&head,
-                                 const SupportGate &gate = kRaidLinkGate)
-{
-    return {{
-        .name = name,
-        .rootOid = rootOid,
-        .rootOidLength = OidLength,
-        .maxColumn = lastColumn,
-        .columns = columns,
-        .rowMaking = Table::RowMaking::CopyOfFilledRow,
-        .refresh = kRaidCache,
-        .check = Table::Check::ReportsFreshness,
-        .load = load,
-        .loadFailure = Table::LoadFailure::EndsTheWalk,
-        .gate = &gate,
-        .handler = kRaidHandler,
-        .rows = RowList(head),
-    }};
-}
 
 } // namespace orv3

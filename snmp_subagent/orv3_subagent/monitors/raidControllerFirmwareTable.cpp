@@ -10,9 +10,10 @@ orv3_row_head_t *raidControllerFirmwareTable_head = nullptr;
 namespace {
 
 constinit orv3::TableOf<raidFirmwareTable_entry_t> raidControllerFirmwareTable_table =
-    orv3::raidTable<raidFirmwareTable_entry_t>("raidControllerFirmwareTable", raidControllerFirmwareTable_oid,
-                                               raidControllerFirmwareTable_lastColumn, orv3::kRaidFirmwareColumns,
-                                               raidControllerFirmwareTable_loadData, raidControllerFirmwareTable_head);
+    orv3::familyTable<raidFirmwareTable_entry_t>(
+        orv3::kRaidTables, "raidControllerFirmwareTable", raidControllerFirmwareTable_oid,
+        raidControllerFirmwareTable_lastColumn, orv3::kRaidFirmwareColumns, raidControllerFirmwareTable_loadData,
+        raidControllerFirmwareTable_head);
 
 } // namespace
 

@@ -57,9 +57,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidControllerTable_entry_t> raidControllerTable_table =
-    orv3::raidTable<raidControllerTable_entry_t>(
-        "raidControllerTable", raidControllerTable_oid, raidControllerTable_lastColumn, servedColumns,
-        raidControllerTable_loadData, raidControllerTable_head, orv3::kRaidLinkGateReleasingController);
+    orv3::familyTable<raidControllerTable_entry_t>(
+        orv3::kRaidControllerTables, "raidControllerTable", raidControllerTable_oid, raidControllerTable_lastColumn,
+        servedColumns, raidControllerTable_loadData, raidControllerTable_head);
 
 // Energy-based batteries (type 6 and up, or type 5 with the energy flag)
 // count joules; the others milliampere-hours.

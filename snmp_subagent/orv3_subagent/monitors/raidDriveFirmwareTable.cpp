@@ -10,9 +10,9 @@ orv3_row_head_t *raidDriveFirmwareTable_head = nullptr;
 namespace {
 
 constinit orv3::TableOf<raidFirmwareTable_entry_t> raidDriveFirmwareTable_table =
-    orv3::raidTable<raidFirmwareTable_entry_t>("raidDriveFirmwareTable", raidDriveFirmwareTable_oid,
-                                               raidDriveFirmwareTable_lastColumn, orv3::kRaidFirmwareColumns,
-                                               raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
+    orv3::familyTable<raidFirmwareTable_entry_t>(
+        orv3::kRaidTables, "raidDriveFirmwareTable", raidDriveFirmwareTable_oid, raidDriveFirmwareTable_lastColumn,
+        orv3::kRaidFirmwareColumns, raidDriveFirmwareTable_loadData, raidDriveFirmwareTable_head);
 
 } // namespace
 

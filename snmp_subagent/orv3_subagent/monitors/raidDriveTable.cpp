@@ -42,9 +42,9 @@ const orv3::Column servedColumns[] = {
     ORV3_INTEGER_COLUMN(27, Row, raidDriveFlagBit2),
 };
 
-constinit orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table =
-    orv3::raidTable<raidDriveTable_entry_t>("raidDriveTable", raidDriveTable_oid, raidDriveTable_lastColumn,
-                                            servedColumns, raidDriveTable_loadData, raidDriveTable_head);
+constinit orv3::TableOf<raidDriveTable_entry_t> raidDriveTable_table = orv3::familyTable<raidDriveTable_entry_t>(
+    orv3::kRaidTables, "raidDriveTable", raidDriveTable_oid, raidDriveTable_lastColumn, servedColumns,
+    raidDriveTable_loadData, raidDriveTable_head);
 
 // Component names as the library gives them, joined by ", ".
 void arrangeFirmwareNames(Row &row, const raid_link_fw_info_t &fw)

@@ -24,9 +24,9 @@ const orv3::Column servedColumns[] = {
 };
 
 constinit orv3::TableOf<raidStoragepoolTable_entry_t> raidStoragepoolTable_table =
-    orv3::raidTable<raidStoragepoolTable_entry_t>("raidStoragepoolTable", raidStoragepoolTable_oid,
-                                                  raidStoragepoolTable_lastColumn, servedColumns,
-                                                  raidStoragepoolTable_loadData, raidStoragepoolTable_head);
+    orv3::familyTable<raidStoragepoolTable_entry_t>(orv3::kRaidTables, "raidStoragepoolTable", raidStoragepoolTable_oid,
+                                                    raidStoragepoolTable_lastColumn, servedColumns,
+                                                    raidStoragepoolTable_loadData, raidStoragepoolTable_head);
 
 } // namespace
 

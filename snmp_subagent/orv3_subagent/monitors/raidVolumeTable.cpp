@@ -21,9 +21,9 @@ const orv3::Column servedColumns[] = {
     ORV3_TEXT_FIELD_COLUMN(7, Row, raidVolumeBootable),
 };
 
-constinit orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table =
-    orv3::raidTable<raidVolumeTable_entry_t>("raidVolumeTable", raidVolumeTable_oid, raidVolumeTable_lastColumn,
-                                             servedColumns, raidVolumeTable_loadData, raidVolumeTable_head);
+constinit orv3::TableOf<raidVolumeTable_entry_t> raidVolumeTable_table = orv3::familyTable<raidVolumeTable_entry_t>(
+    orv3::kRaidTables, "raidVolumeTable", raidVolumeTable_oid, raidVolumeTable_lastColumn, servedColumns,
+    raidVolumeTable_loadData, raidVolumeTable_head);
 
 void formatStripeSize(orv3_text256_t &column, uint32_t bytes)
 {

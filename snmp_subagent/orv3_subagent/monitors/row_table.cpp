@@ -272,8 +272,6 @@ bool reload(Table &table, const char *routine, int line)
         }
         return false;
     }
-    if (table.clearedBeforeLoad)
-        table.rows.clear();
     const int result = table.load();
     switch (table.loadFailure) {
     case Table::LoadFailure::Ignored: break;

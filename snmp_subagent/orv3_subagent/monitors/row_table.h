@@ -260,9 +260,6 @@ struct Table {
     // What a load's result means: nothing; nonzero ends this walk (the rows
     // stay as the loader left them); ADAPTERS_FAILED empties the table.
     enum class LoadFailure { Ignored, EndsTheWalk, EmptiesTheTable } loadFailure = LoadFailure::Ignored;
-    // The engine frees the rows before each load (the loader builds from
-    // nothing); otherwise the loader does.
-    bool clearedBeforeLoad = false;
     const SupportGate *gate = nullptr;              // null: always offered
     const RegistrationGate *registration = nullptr; // null: always registered
 
@@ -280,6 +277,40 @@ template <class RowRecord> struct TableOf : Table {
     using Row = RowRecord;
 };
 template <class T> using RowOf = typename std::remove_cvref_t<T>::Row;
+
+// What the tables of one group share when their rows are built by a loader
+// of the group's own from a platform library, as copies of rows it filled,
+// and checked for freshness before the get-first routine loads: the RAID
+// tables and the adapter tables.
+struct TableFamily {
+    RefreshRule refresh;
+    Table::LoadFailure loadFailure;
+    const SupportGate *gate;
+    HandlerPolicy handler;
+};
+
+// The descriptor of a table of `family`.
+template <class Row, size_t OidLength>
+constexpr TableOf<Row> familyTable(const TableFamily &family, const char *name, const oid (&rootOid)[OidLength],
+                                   unsigned lastColumn, std::span<const Column> columns, int (*load)(),
+                                   orv3_row_head_t *&head)
+{
+    return {{
+        .name = name,
+        .rootOid = rootOid,
+        .rootOidLength = OidLength,
+        .maxColumn = lastColumn,
+        .columns = columns,
+        .rowMaking = Table::RowMaking::CopyOfFilledRow,
+        .refresh = family.refresh,
+        .check = Table::Check::ReportsFreshness,
+        .load = load,
+        .loadFailure = family.loadFailure,
+        .gate = family.gate,
+        .handler = family.handler,
+        .rows = RowList(head),
+    }};
+}
 
 // The result by which a loader says it failed outright (the adapter
 // group's ADAPTERS_FAILED); 1 there means a partial load, which stands.
