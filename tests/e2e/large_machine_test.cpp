@@ -57,7 +57,7 @@ const std::vector<LargeTable> kTables = {
     {"systemAepDIMMVpdTable", at({5, 22}), 24, 20, "aepDIMMVpdIndex"},
     // 66 sessions listed, two of which end before they are described.
     {"currentlyLoggedInTable", at({6, 1, 1}), 64, 3, "loggedInUserIndex"},
-    {"allLEDsTable", at({8, 2}), 128, 5, "ledIndex"}, // column 3 is not served
+    {"allLEDsTable", at({8, 2}), 128, 5, "ledIndex"},               // column 3 is not served
     {"powerPolicyTable", at({10, 2, 1}), 2, 6, "powerPolicyIndex"}, // the two modes of a platform other than "kelpo"
     {"powerTrendingSampleTable", at({10, 3, 1}), 120, 8, "powerTrendingSampleIndex"},
     {"powerTable", at({11, 2}), 16, 6, "powerIndex"},
@@ -115,8 +115,8 @@ AgentOptions largeMachine()
         rowsOfColumn[arcs[0]].push_back(arcs[1]);
     }
     if (walk.varbinds.size() != table.rows * table.columns)
-        return ::testing::AssertionFailure() << walk.varbinds.size() << " cells, not " << table.rows << " rows x "
-                                             << table.columns << " columns";
+        return ::testing::AssertionFailure()
+               << walk.varbinds.size() << " cells, not " << table.rows << " rows x " << table.columns << " columns";
     if (rowsOfColumn.size() != table.columns)
         return ::testing::AssertionFailure() << rowsOfColumn.size() << " columns, not " << table.columns;
     const std::vector<unsigned long> &rows = rowsOfColumn.begin()->second;
@@ -128,8 +128,8 @@ AgentOptions largeMachine()
                 return ::testing::AssertionFailure()
                        << "column " << column << ": row " << indexes[i] << " after row " << indexes[i - 1];
         if (indexes != rows)
-            return ::testing::AssertionFailure() << "column " << column << " answers other rows than column "
-                                                 << rowsOfColumn.begin()->first;
+            return ::testing::AssertionFailure()
+                   << "column " << column << " answers other rows than column " << rowsOfColumn.begin()->first;
     }
     return ::testing::AssertionSuccess();
 }
