@@ -367,6 +367,8 @@ bool Agent::spawn(std::string &error)
         if (ORV3_SANITIZE) {
             env["LD_PRELOAD"] = std::string(ORV3_ASAN_RUNTIME) + ":" + ORV3_SIM_PATH;
             env["ASAN_OPTIONS"] = "log_path=" + dir_ + "/asan:detect_leaks=1:abort_on_error=0:fast_unwind_on_malloc=0";
+            if (!options_.extraAsanOptions.empty())
+                env["ASAN_OPTIONS"] += ":" + options_.extraAsanOptions;
             env["UBSAN_OPTIONS"] = "print_stacktrace=1:log_path=" + dir_ + "/ubsan";
         } else {
             env["LD_PRELOAD"] = ORV3_SIM_PATH;

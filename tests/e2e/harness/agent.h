@@ -57,6 +57,15 @@ struct AgentOptions {
     // The agent executable, and a command it runs under (e.g. valgrind and its options).
     std::string executable = "/usr/sbin/snmpd";
     std::vector<std::string> wrapper;
+    // AddressSanitizer flags of a sanitized agent, after the harness's own
+    // ("flag=value:flag=value"; a later flag overrides an earlier one). The
+    // harness records every allocation's stack with the slow unwinder, so
+    // that a leak's stack reaches the module's frames through libraries
+    // built without frame pointers; an agent that answers tens of thousands
+    // of varbinds can take "fast_unwind_on_malloc=1" to run several times
+    // faster, its leaks still caught and attributed wherever the module or
+    // the simulator allocates.
+    std::string extraAsanOptions;
     // How long to wait for the agent to answer a GET of sysUpTime. A
     // sanitized agent tracing every registration, on a machine busy with
     // the suite's other agents, can take well over ten seconds; the wait
