@@ -1,37 +1,49 @@
-// What a monitoring system's walks cost the agent: the agent's CPU time per
-// varbind for walks of the module's tables, against zero-work net-snmp
-// iterator tables of the same shape loaded into the same snmpd (unsorted and
-// with the iterator's sorted hint), walked alternately so that other load on
-// the machine falls on both alike.
+// What monitoring costs the agent, table by table and for a whole
+// Prometheus scrape, on the sample machine and on the largest controller.
 //
-//   walk_cost_bench [--quick] [--sizes 10,100,1000] [--walks N] [--memory-walks N]
+//   walk_cost_bench [--quick] [--machines sample.json,large.json] [--rounds N]
+//                   [--cold N] [--scrapes N] [--memory-scrapes N] [--instructions]
 //
-// For each table size it starts one snmpd with the module, the simulator
-// (machine generated here, clock frozen) and the reference tables; walks each
-// table with snmpbulkwalk -Cr25 and snmpwalk; reads the agent's CPU time from
-// /proc/PID/task/*/schedstat around every walk; checks every walk returned
-// rows x columns varbinds; and prints medians. Cold walks (the first after a
-// reload, forced by moving the clock on) are set against warm ones. Last, the
-// agent's resident memory before and after a run of warm walks.
+// For each machine, one snmpd serves it with the module and the simulator
+// (clock frozen). Every table the module declares is walked once to learn
+// its rows and its columns' kinds and text lengths (bench/table_survey.h);
+// then a second snmpd serves the machine beside a zero-work iterator table
+// of each table's shape (bench/reference_tables.c, registered with the
+// iterator's sorted hint as the module's tables are), and each table is
+// asked for as monitoring systems ask:
 //
-// Every table walked, the module's and the references, is followed by the
-// same zero-work guard table, so that the requests a walk sends past the
-// table's end cost the same on both sides: without it, a small table's
-// figure would mostly measure the objects that happen to follow it.
+//  - a GETBULK walk, as snmpbulkwalk -Cr25 makes it: one varbind,
+//    max-repetitions 25, again from the last varbind answered;
+//  - an snmptable-style request: GETBULK with one varbind per column and
+//    max-repetitions = rows, repeated from the last row answered until every
+//    column has left the table (the agent caps how many varbinds one answer
+//    holds).
+//
+// The agent's CPU time is read from /proc/PID/task/*/schedstat around every
+// request; module and reference are asked alternately in rounds, the ratio
+// taken round by round, and the median printed with its spread. Cold walks
+// (the first after a reload, forced by moving the clock on) are set against
+// warm ones. Last, Debian's Prometheus SNMP exporter scrapes the module with
+// the shipped generator configuration, warm and cold (every table due, as at
+// each scrape interval): wall time, the exporter's snmp_scrape_duration_seconds,
+// the agent's CPU per scrape, samples and packets; and the agent's resident
+// memory over many cold scrapes of the last machine.
+//
+// With --instructions it also counts, under callgrind, the user-space
+// instructions the agent executes per varbind for each table and its
+// reference: exact and untouched by other load, where CPU time (kernel time
+// included) is what a user feels but is noisy. The dumps stay in the agent's
+// directory when ORV3_E2E_KEEP is set, for callgrind_annotate.
 #include "agent_process.h"
-#include "fan_rows.h"
+#include "bench_measure.h"
 #include "harness/agent.h"
 #include "harness/oids.h"
-#include "machine_builder.h"
+#include "harness/prometheus_text.h"
+#include "harness/snmp_exporter.h"
+#include "table_survey.h"
 
-#include <sched.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -48,232 +60,34 @@
 #define ORV3_REFERENCE_PATH "liborv3_reference_tables.so"
 #endif
 
-extern char **environ;
-
 namespace {
 
 using orv3::test::Agent;
 using orv3::test::AgentOptions;
-using orv3::test::MachineBuilder;
+using orv3::test::SnmpClient;
 
 constexpr long kFrozenClock = 1750000000;
+// How far the clock moves to make every table due: past the longest
+// refresh period of any table (the power samples' 30 s).
+constexpr long kClockMove = 60;
 
-// ---- the tables measured ---------------------------------------------------
-
-// One table of the module, with the machine rows that fill it and the shape
-// of its reference: column kinds as ORV3_REFERENCE_TABLES reads them, texts
-// as long as the module's texts for these rows.
-struct MeasuredTable {
-    const char *name;
-    const char *family;              // how its rows are loaded
-    std::vector<unsigned long> arcs; // below the monitors root
-    int columns;
-    const char *referenceShape;
-    void (*addRows)(MachineBuilder &machine, int rows);
-};
-
-void addFans(MachineBuilder &machine, int rows)
-{
-    machine.table("s/fans/status/fantbl", manyFanRows(rows));
-}
-
-void addEvents(MachineBuilder &machine, int rows)
-{
-    for (int index = 1; index <= rows; ++index) {
-        char message[48];
-        std::snprintf(message, sizeof message, "Sensor %04d reading above upper non-critical", index % 10000);
-        machine.event(3, message);
-    }
-}
-
-const MeasuredTable kTables[] = {
-    // "System Fan Tach 001 (front bay)" is cut to 30, " 42% of maximum" is 15.
-    {"fanTable", "data-manager binding", {3, 2}, 10, "i,s30,s15,u,u,u,u,u,u,s6", addFans},
-    {"systemHealthSummaryTable", "event records", {4, 2}, 3, "i,s5,s44", addEvents},
-};
-
-// ---- measuring ---------------------------------------------------------------
-
-// CPU seconds the whole machine spent busy (steal included: time another
-// guest of the host took from this one).
-double machineBusySeconds()
-{
-    std::ifstream in("/proc/stat");
-    std::string cpu;
-    long long user = 0, nice = 0, system = 0, idle = 0, iowait = 0, irq = 0, softirq = 0, steal = 0;
-    in >> cpu >> user >> nice >> system >> idle >> iowait >> irq >> softirq >> steal;
-    return static_cast<double>(user + nice + system + irq + softirq + steal) /
-           static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
-// CPU seconds of this program and of the children it has waited for (the
-// agents and the walking clients).
-double ownCpuSeconds()
-{
-    auto seconds = [](const rusage &usage) {
-        return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-               static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-    };
-    rusage self{}, children{};
-    getrusage(RUSAGE_SELF, &self);
-    getrusage(RUSAGE_CHILDREN, &children);
-    return seconds(self) + seconds(children);
-}
-
-double monotonicSeconds()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-enum class WalkKind { Bulk, Next };
-const char *kindName(WalkKind kind)
-{
-    return kind == WalkKind::Bulk ? "GETBULK" : "GETNEXT";
-}
-
-// Runs snmpbulkwalk or snmpwalk as a monitoring system would and counts the
-// varbinds it printed (one line each with -Oq).
-class Walker {
-public:
-    Walker(int port, const std::string &stateDir) : port_(port)
-    {
-        std::filesystem::create_directories(stateDir + "/persist/cert_indexes");
-        std::filesystem::create_directories(stateDir + "/conf");
-        for (char **e = environ; e && *e; ++e) {
-            std::string kv = *e;
-            if (kv.rfind("SNMP_PERSISTENT_DIR=", 0) && kv.rfind("SNMPCONFPATH=", 0) && kv.rfind("MIBS=", 0) &&
-                kv.rfind("MIBDIRS=", 0) && kv.rfind("LD_PRELOAD=", 0))
-                env_.push_back(kv);
-        }
-        env_.push_back("SNMP_PERSISTENT_DIR=" + stateDir + "/persist");
-        env_.push_back("SNMPCONFPATH=" + stateDir + "/conf");
-        env_.push_back("MIBS=");
-    }
-
-    size_t walk(WalkKind kind, const std::string &root) const
-    {
-        std::vector<std::string> args = {kind == WalkKind::Bulk ? "/usr/bin/snmpbulkwalk" : "/usr/bin/snmpwalk",
-                                         "-v2c",
-                                         "-c",
-                                         "public",
-                                         "-On",
-                                         "-Oq",
-                                         "-t",
-                                         "5",
-                                         "-r",
-                                         "1"};
-        if (kind == WalkKind::Bulk)
-            args.push_back("-Cr25");
-        args.push_back("udp:127.0.0.1:" + std::to_string(port_));
-        args.push_back(root);
-        return countLines(args);
-    }
-
-private:
-    size_t countLines(const std::vector<std::string> &args) const
-    {
-        int out[2];
-        if (pipe(out) != 0)
-            throw std::runtime_error("pipe failed");
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-        posix_spawn_file_actions_addclose(&actions, out[0]);
-        posix_spawn_file_actions_addclose(&actions, out[1]);
-        std::vector<char *> argv, envp;
-        for (const auto &a : args)
-            argv.push_back(const_cast<char *>(a.c_str()));
-        argv.push_back(nullptr);
-        for (const auto &e : env_)
-            envp.push_back(const_cast<char *>(e.c_str()));
-        envp.push_back(nullptr);
-        pid_t pid;
-        int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
-        posix_spawn_file_actions_destroy(&actions);
-        close(out[1]);
-        if (rc != 0) {
-            close(out[0]);
-            throw std::runtime_error(std::string("cannot run ") + argv[0] + ": " + std::strerror(rc));
-        }
-        size_t lines = 0;
-        char buffer[65536];
-        for (ssize_t n; (n = read(out[0], buffer, sizeof buffer)) > 0;)
-            lines += static_cast<size_t>(std::count(buffer, buffer + n, '\n'));
-        close(out[0]);
-        int status = 0;
-        waitpid(pid, &status, 0);
-        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-            throw std::runtime_error(std::string(argv[0]) + " failed (status " + std::to_string(status) + ")");
-        return lines;
-    }
-
-    int port_;
-    std::vector<std::string> env_;
-};
-
-// A sample is as many walks as make this many varbinds at least, so that
-// small tables are measured over enough work to rise above the noise.
-constexpr size_t kVarbindsPerSample = 3000;
-
-// The agent's CPU time for one walk, per varbind, in microseconds.
-double measureWalk(const Agent &agent, const Walker &walker, WalkKind kind, const std::string &root,
-                   size_t expectedVarbinds, const std::string &what)
-{
-    long long before = cpuNanoseconds(agent.pid());
-    size_t varbinds = walker.walk(kind, root);
-    // Let the agent finish what it does after its last answer (freeing
-    // retired rows from its alarm) before reading its time.
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    long long after = cpuNanoseconds(agent.pid());
-    if (varbinds != expectedVarbinds)
-        throw std::runtime_error(what + ": " + kindName(kind) + " walk returned " + std::to_string(varbinds) +
-                                 " varbinds, expected " + std::to_string(expectedVarbinds));
-    return static_cast<double>(after - before) / 1000.0 / static_cast<double>(varbinds);
-}
-
-// With two cores or more, the agent gets the first and this program and
-// its clients another, so that neither moves the other around.
-bool pinAgentApart(pid_t agent)
-{
-    if (std::thread::hardware_concurrency() < 2)
-        return false;
-    cpu_set_t agentCpu, clientCpu;
-    CPU_ZERO(&agentCpu);
-    CPU_ZERO(&clientCpu);
-    CPU_SET(0, &agentCpu);
-    CPU_SET(1, &clientCpu);
-    return sched_setaffinity(agent, sizeof agentCpu, &agentCpu) == 0 &&
-           sched_setaffinity(0, sizeof clientCpu, &clientCpu) == 0;
-}
-
-double median(std::vector<double> values)
-{
-    if (values.empty())
-        return 0;
-    std::sort(values.begin(), values.end());
-    size_t mid = values.size() / 2;
-    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
-}
-
-// Interquartile range relative to the median: how much repeated
-// measurements of one figure disagree.
-double spread(std::vector<double> values)
-{
-    if (values.size() < 4)
-        return 0;
-    std::sort(values.begin(), values.end());
-    double q1 = values[values.size() / 4], q3 = values[(values.size() * 3) / 4];
-    double m = median(values);
-    return m > 0 ? (q3 - q1) / m : 0;
-}
+// What the figures are held to on this machine.
+constexpr double kTableTarget = 1.05;        // module / zero-work table, per varbind
+constexpr double kColdTarget = 1.5;          // first walk after a reload / warm walk
+constexpr double kScrapeWallTargetMs = 1000; // a whole cold scrape of the largest machine
+constexpr double kScrapeCpuTargetMs = 300;
+constexpr long kGrowthTargetKiB = 97; // 100 kB of resident memory over the memory scrapes
 
 struct Options {
-    std::vector<int> sizes = {10, 100, 1000};
-    int walks = 11;
+    std::vector<std::string> machines = {"sample.json", "large.json"};
+    int rounds = 7;
     int coldWalks = 5;
-    int memoryWalks = 2000;
-    int countedWalks = 3; // walks of each table under callgrind
-    int countedRows = 100;
+    int scrapes = 11;
+    int memoryScrapes = 2000;
+    // Varbinds a sample of one side is made of, at least.
+    size_t varbindsPerSample = 3000;
+    bool instructions = false;
+    bool quick = false;
 };
 
 Options parseOptions(int argc, char **argv)
@@ -287,91 +101,431 @@ Options parseOptions(int argc, char **argv)
             return argv[++i];
         };
         if (arg == "--quick") {
-            options.sizes = {100};
-            options.walks = 3;
-            options.coldWalks = 3;
-            options.memoryWalks = 100;
-            options.countedWalks = 1;
-        } else if (arg == "--sizes") {
-            options.sizes.clear();
+            options.quick = true;
+            options.rounds = 1;
+            options.coldWalks = 1;
+            options.scrapes = 2;
+            options.memoryScrapes = 20;
+            options.varbindsPerSample = 100;
+        } else if (arg == "--machines") {
+            options.machines.clear();
             std::stringstream list(value());
-            for (std::string size; std::getline(list, size, ',');)
-                options.sizes.push_back(std::stoi(size));
-        } else if (arg == "--walks") {
-            options.walks = std::max(1, std::stoi(value()));
-        } else if (arg == "--memory-walks") {
-            options.memoryWalks = std::max(0, std::stoi(value()));
+            for (std::string machine; std::getline(list, machine, ',');)
+                options.machines.push_back(machine);
+        } else if (arg == "--rounds") {
+            options.rounds = std::max(1, std::stoi(value()));
+        } else if (arg == "--cold") {
+            options.coldWalks = std::max(1, std::stoi(value()));
+        } else if (arg == "--scrapes") {
+            options.scrapes = std::max(1, std::stoi(value()));
+        } else if (arg == "--memory-scrapes") {
+            options.memoryScrapes = std::max(0, std::stoi(value()));
+        } else if (arg == "--instructions") {
+            options.instructions = true;
         } else {
             throw std::runtime_error("unknown option " + arg +
-                                     " (use --quick, --sizes 10,100,1000, --walks N, --memory-walks N)");
+                                     " (use --quick, --machines A,B, --rounds N, --cold N, --scrapes N, "
+                                     "--memory-scrapes N, --instructions)");
         }
     }
     return options;
 }
 
-struct Figures {
-    std::vector<double> module, reference, sortedReference;
+// ---- asking the agent ----------------------------------------------------------
+
+enum class Ask { Walk, Table };
+const char *askName(Ask ask)
+{
+    return ask == Ask::Walk ? "walk" : "table";
+}
+
+bool inside(const std::string &oid, const std::string &root)
+{
+    return oid.size() > root.size() && oid.compare(0, root.size(), root) == 0 && oid[root.size()] == '.';
+}
+
+// What snmptable asks: every column at once, max-repetitions = rows, again
+// from the last row answered while any column is still inside the table.
+// Returns the varbinds answered inside the columns; `passes` counts the
+// repetitions the agent made, each one call of the table's handler.
+size_t tableRequest(SnmpClient &client, const std::vector<std::string> &columns, size_t rows, size_t &passes)
+{
+    std::vector<std::string> cursor = columns;
+    std::vector<size_t> open(columns.size());
+    for (size_t c = 0; c < open.size(); ++c)
+        open[c] = c;
+    size_t varbinds = 0;
+    while (!open.empty()) {
+        std::vector<std::string> ask;
+        for (size_t c : open)
+            ask.push_back(cursor[c]);
+        orv3::test::Response response = client.getBulk(0, static_cast<int>(rows), ask);
+        if (!response.ok() || response.varbinds.empty())
+            throw std::runtime_error("table request failed: " + response.toString());
+        passes += (response.varbinds.size() + open.size() - 1) / open.size();
+        std::vector<bool> ended(columns.size(), false);
+        for (size_t i = 0; i < response.varbinds.size(); ++i) {
+            const size_t c = open[i % open.size()];
+            const orv3::test::VarBind &varbind = response.varbinds[i];
+            if (ended[c])
+                continue;
+            if (varbind.isException() || !inside(varbind.oid, columns[c])) {
+                ended[c] = true;
+                continue;
+            }
+            cursor[c] = varbind.oid;
+            ++varbinds;
+        }
+        std::vector<size_t> still;
+        for (size_t c : open)
+            if (!ended[c])
+                still.push_back(c);
+        open = still;
+    }
+    return varbinds;
+}
+
+// One side of a comparison: a table, the module's or its reference, and how
+// to ask for it.
+struct Side {
+    std::string entry;
+    std::vector<std::string> columns;
 };
 
-// Walks start at a table's entry; the guard table that follows every
-// measured table sits beside the entry (see reference_tables.c).
-std::string referenceRoot(size_t tableNumber, bool sorted)
-{
-    return "1.3.6.1.4.1.53917.99.1.1." + std::to_string(tableNumber) + (sorted ? ".2" : ".1") + ".1";
-}
+class Asker {
+public:
+    Asker(const Agent &agent) : agent_(agent), client_(agent.client()) {}
 
-std::string moduleTable(const MeasuredTable &table)
-{
-    return orv3::test::oidJoin(orv3::test::kMonitorsRoot, table.arcs);
-}
-
-std::string moduleRoot(const MeasuredTable &table)
-{
-    return moduleTable(table) + ".1";
-}
-
-AgentOptions agentFor(int rows)
-{
-    MachineBuilder machine;
-    std::string shapes, guards;
-    for (const MeasuredTable &table : kTables) {
-        table.addRows(machine, rows);
-        if (!shapes.empty()) {
-            shapes += ';';
-            guards += ',';
-        }
-        shapes += std::to_string(rows) + ":" + table.referenceShape;
-        guards += moduleTable(table) + ".2";
+    // The agent's CPU time for one request of a table, per varbind, in
+    // microseconds; checks that every row and column came back. `passes`
+    // gets the number of times the table's handler was called: once for each
+    // repetition of a GETBULK that reached the table.
+    double measure(Ask ask, const Side &side, size_t rows, size_t expected, const std::string &what,
+                   size_t *passes = nullptr)
+    {
+        size_t handlerPasses = 0;
+        long long before = cpuNanoseconds(agent_.pid());
+        size_t varbinds = ask == Ask::Walk ? bulkWalk(client_, side.entry).size()
+                                           : tableRequest(client_, side.columns, rows, handlerPasses);
+        // Let the agent finish what it does after its last answer (freeing
+        // retired rows from its alarm) before reading its time.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        long long after = cpuNanoseconds(agent_.pid());
+        if (varbinds != expected)
+            throw std::runtime_error(what + ": " + askName(ask) + " returned " + std::to_string(varbinds) +
+                                     " varbinds, expected " + std::to_string(expected));
+        // A walk's repetitions hold one varbind each, and one more leaves the table.
+        if (passes)
+            *passes = ask == Ask::Walk ? varbinds + 1 : handlerPasses;
+        return static_cast<double>(after - before) / 1000.0 / static_cast<double>(varbinds);
     }
+
+    // The agent's CPU time for a GETNEXT past the table's last row: one start
+    // of a request by the table and a look through its rows, then the answer
+    // from the guard table that follows. In microseconds.
+    double pastLastRow(const Side &side)
+    {
+        long long before = cpuNanoseconds(agent_.pid());
+        orv3::test::Response response = client_.getNext({side.columns.back() + ".2147483647"});
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        long long after = cpuNanoseconds(agent_.pid());
+        if (!response.ok() || response.varbinds.size() != 1 || inside(response.varbinds[0].oid, side.entry))
+            throw std::runtime_error("GETNEXT past the last row of " + side.entry + ": " + response.toString());
+        return static_cast<double>(after - before) / 1000.0;
+    }
+
+    SnmpClient &client() { return client_; }
+
+private:
+    const Agent &agent_;
+    SnmpClient client_;
+};
+
+// ---- the agents -----------------------------------------------------------------
+
+AgentOptions moduleAgent(const std::string &machine)
+{
     AgentOptions options;
-    options.machineJson = machine.json();
+    options.machinePath = machine;
     options.clockStart = kFrozenClock;
-    options.env["ORV3_REFERENCE_TABLES"] = shapes;
-    options.env["ORV3_REFERENCE_GUARDS"] = guards;
     // The call log is a test instrument that a controller does not have.
     options.env["ORV3_SIM_CALL_LOG"] = "";
+    return options;
+}
+
+// The module beside a zero-work table of each surveyed table's shape, the
+// k-th (from 1) at 1.3.6.1.4.1.53917.99.1.1.k.2.1 (sorted), each followed by
+// a guard table as the module's tables are (see reference_tables.c).
+AgentOptions comparingAgent(const std::string &machine, const std::vector<TableShape> &shapes)
+{
+    AgentOptions options = moduleAgent(machine);
+    std::string tables, guards;
+    for (const TableShape &shape : shapes) {
+        tables += (tables.empty() ? "" : ";") + std::to_string(shape.rows) + ":" + shape.referenceKinds;
+        guards += (guards.empty() ? "" : ",") + shape.oid + ".2";
+    }
+    options.env["ORV3_REFERENCE_TABLES"] = tables;
+    options.env["ORV3_REFERENCE_GUARDS"] = guards;
     options.extraConfig.push_back(std::string("dlmod orv3_reference_tables ") + ORV3_REFERENCE_PATH);
     return options;
 }
 
-// User-space instructions the agent executes per varbind of GETBULK walks,
-// counted by callgrind: exact, and untouched by other load on the machine,
-// where CPU time (kernel time included) is what a user feels but is noisy.
-void countInstructions(const Options &options)
+Side moduleSide(const TableShape &shape)
 {
-    const int rows = options.countedRows;
-    AgentOptions agentOptions = agentFor(rows);
+    Side side{shape.entry(), {}};
+    for (unsigned column : shape.columns)
+        side.columns.push_back(shape.column(column));
+    return side;
+}
+
+Side referenceSide(size_t number, const TableShape &shape)
+{
+    const std::string entry = "1.3.6.1.4.1.53917.99.1.1." + std::to_string(number) + ".2.1";
+    Side side{entry, {}};
+    for (size_t column = 1; column <= shape.columns.size(); ++column)
+        side.columns.push_back(entry + "." + std::to_string(column));
+    return side;
+}
+
+// ---- the figures ----------------------------------------------------------------
+
+struct Comparison {
+    double module = 0, reference = 0, ratio = 0, spread = 0;
+    // For a table rebuilt on every request: its figure and ratio with the
+    // rebuilds taken off.
+    double moduleWithoutRebuild = 0, ratioWithoutRebuild = 0;
+};
+
+struct TableFigures {
+    std::string machine;
+    TableShape shape;
+    Comparison byAsk[2];
+    double cold = 0, warm = 0; // module, GETBULK walk, us per varbind
+    double rebuild = 0;        // us a request, for tables rebuilt on every request
+};
+
+// What a request of a table rebuilt on every request costs more than one of
+// its reference: a GETNEXT past the last row of each, alternately.
+double rebuildCost(Asker &asker, const Side &module, const Side &reference, const Options &options)
+{
+    std::vector<double> differences;
+    const int requests = std::max(5, static_cast<int>(options.varbindsPerSample / 100));
+    for (int round = 0; round < options.rounds; ++round) {
+        double sum = 0;
+        for (int request = 0; request < requests; ++request)
+            sum += (request + round) % 2 ? -asker.pastLastRow(reference) + asker.pastLastRow(module)
+                                         : asker.pastLastRow(module) - asker.pastLastRow(reference);
+        differences.push_back(sum / requests);
+    }
+    return median(differences);
+}
+
+// A sample is as many requests as make options.varbindsPerSample, so that
+// small tables are measured over enough work to rise above the noise.
+Comparison compare(Asker &asker, Ask ask, const Side &module, const Side &reference, const TableShape &shape,
+                   const Options &options, double rebuild)
+{
+    const size_t expected = shape.varbinds();
+    const Side *sides[2] = {&module, &reference};
+    // One request of each before measuring: the module's first load, and
+    // both sides' first touch of their pages.
+    for (const Side *side : sides)
+        asker.measure(ask, *side, shape.rows, expected, shape.name);
+    std::vector<double> perSide[2], ratios, withoutRebuild, ratiosWithoutRebuild;
+    const size_t perSample = std::max<size_t>(1, options.varbindsPerSample / expected);
+    for (int round = 0; round < options.rounds; ++round) {
+        double sum[2] = {0, 0};
+        size_t modulePasses = 0;
+        // Single requests of the two sides in turn, so that a drift of the
+        // machine's speed within the round falls on both alike.
+        for (size_t request = 0; request < perSample; ++request)
+            for (int k = 0; k < 2; ++k) {
+                const int side = (round + static_cast<int>(request) + k) % 2;
+                size_t passes = 0;
+                sum[side] += asker.measure(ask, *sides[side], shape.rows, expected, shape.name, &passes);
+                if (side == 0)
+                    modulePasses += passes;
+            }
+        for (int side = 0; side < 2; ++side)
+            perSide[side].push_back(sum[side] / static_cast<double>(perSample));
+        ratios.push_back(perSide[0].back() / perSide[1].back());
+        const double rebuilds = rebuild * static_cast<double>(modulePasses) /
+                                static_cast<double>(perSample * expected);
+        withoutRebuild.push_back(perSide[0].back() - rebuilds);
+        ratiosWithoutRebuild.push_back(withoutRebuild.back() / perSide[1].back());
+    }
+    return {median(perSide[0]), median(perSide[1]),  median(ratios),
+            spread(ratios),     median(withoutRebuild), median(ratiosWithoutRebuild)};
+}
+
+// ---- the exporter's scrape ---------------------------------------------------------
+
+struct ScrapeFigures {
+    double wallMs = 0, exporterMs = 0, agentCpuMs = 0;
+    size_t samples = 0, packets = 0;
+};
+
+long inPackets(SnmpClient &client)
+{
+    orv3::test::Response response = client.get({"1.3.6.1.2.1.11.1.0"}); // snmpInPkts
+    if (!response.ok() || response.varbinds.empty() || response.varbinds[0].isException())
+        throw std::runtime_error("cannot read snmpInPkts: " + response.toString());
+    return static_cast<long>(response.varbinds[0].unsignedValue);
+}
+
+ScrapeFigures scrapeOnce(Agent &agent, const orv3::test::SnmpExporter &exporter, SnmpClient &client)
+{
+    const long packetsBefore = inPackets(client);
+    const long long cpuBefore = cpuNanoseconds(agent.pid());
+    const double startedAt = monotonicSeconds();
+    orv3::test::HttpResponse response = exporter.scrape(agent.port(), "orv3_monitors");
+    const double wall = monotonicSeconds() - startedAt;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const long long cpuAfter = cpuNanoseconds(agent.pid());
+    if (!response.ok())
+        throw std::runtime_error("scrape failed: HTTP " + std::to_string(response.status) + " " + response.error +
+                                 "\n" + exporter.logText());
+    ScrapeFigures figures;
+    figures.wallMs = wall * 1000;
+    figures.agentCpuMs = static_cast<double>(cpuAfter - cpuBefore) / 1e6;
+    // The read of the counter after the scrape counts itself too.
+    figures.packets = static_cast<size_t>(inPackets(client) - packetsBefore - 1);
+    for (const orv3::test::Sample &sample : orv3::test::parseExposition(response.body)) {
+        if (sample.name == "snmp_scrape_duration_seconds")
+            figures.exporterMs = sample.value * 1000;
+        else if (sample.name.rfind("snmp_scrape_", 0) != 0)
+            ++figures.samples;
+    }
+    return figures;
+}
+
+ScrapeFigures medianScrape(const std::vector<ScrapeFigures> &scrapes)
+{
+    std::vector<double> wall, exporter, cpu;
+    for (const ScrapeFigures &s : scrapes) {
+        wall.push_back(s.wallMs);
+        exporter.push_back(s.exporterMs);
+        cpu.push_back(s.agentCpuMs);
+    }
+    return {median(wall), median(exporter), median(cpu), scrapes.back().samples, scrapes.back().packets};
+}
+
+// ---- the run ---------------------------------------------------------------------
+
+struct MachineRun {
+    std::string machine;
+    std::vector<TableFigures> tables;
+    ScrapeFigures warmScrape, coldScrape;
+    long residentKiB = 0, residentAfterKiB = 0;
+    int memoryScrapes = 0;
+};
+
+std::string machineName(const std::string &file)
+{
+    return std::filesystem::path(file).stem().string();
+}
+
+// Survey, scrapes and memory, on an agent with the module alone.
+std::vector<TableShape> surveyAndScrape(const Options &options, MachineRun &run, bool measureMemory)
+{
+    Agent agent(moduleAgent(run.machine));
+    SnmpClient client = agent.client();
+    std::vector<TableShape> shapes = surveyTables(client);
+
+    orv3::test::SnmpExporter exporter;
+    long clock = kFrozenClock;
+    std::vector<ScrapeFigures> warm, cold;
+    for (int scrape = 0; scrape < options.scrapes; ++scrape) {
+        clock += kClockMove;
+        agent.setClock(clock);
+        cold.push_back(scrapeOnce(agent, exporter, client));
+        warm.push_back(scrapeOnce(agent, exporter, client));
+    }
+    run.coldScrape = medianScrape(cold);
+    run.warmScrape = medianScrape(warm);
+    if (measureMemory) {
+        run.residentKiB = residentKiB(agent.pid());
+        for (int scrape = 0; scrape < options.memoryScrapes; ++scrape) {
+            clock += kClockMove;
+            agent.setClock(clock);
+            scrapeOnce(agent, exporter, client);
+        }
+        run.residentAfterKiB = residentKiB(agent.pid());
+        run.memoryScrapes = options.memoryScrapes;
+    }
+    return shapes;
+}
+
+void measureTables(const Options &options, MachineRun &run, const std::vector<TableShape> &shapes)
+{
+    std::vector<TableShape> measured;
+    for (const TableShape &shape : shapes)
+        if (shape.rows > 0)
+            measured.push_back(shape);
+    Agent agent(comparingAgent(run.machine, measured));
+    pinAgentApart(agent.pid());
+    Asker asker(agent);
+    for (size_t t = 0; t < measured.size(); ++t) {
+        const TableShape &shape = measured[t];
+        TableFigures figures{machineName(run.machine), shape, {}, 0, 0};
+        const Side module = moduleSide(shape), reference = referenceSide(t + 1, shape);
+        if (shape.rebuiltEveryRequest)
+            figures.rebuild = rebuildCost(asker, module, reference, options);
+        for (Ask ask : {Ask::Walk, Ask::Table})
+            figures.byAsk[static_cast<int>(ask)] =
+                compare(asker, ask, module, reference, shape, options, figures.rebuild);
+        // Cold: the first walk after a reload, forced by moving the clock on.
+        std::vector<double> cold, warm;
+        long clock = kFrozenClock;
+        for (int walk = 0; walk < options.coldWalks; ++walk) {
+            clock += kClockMove;
+            agent.setClock(clock);
+            cold.push_back(asker.measure(Ask::Walk, module, shape.rows, shape.varbinds(), shape.name));
+            warm.push_back(asker.measure(Ask::Walk, module, shape.rows, shape.varbinds(), shape.name));
+        }
+        agent.setClock(kFrozenClock);
+        figures.cold = median(cold);
+        figures.warm = median(warm);
+        const Comparison &walk = figures.byAsk[0], &table = figures.byAsk[1];
+        std::printf("%-8s %-36s %5zu %6zu %8.2f %8.2f %6.2f %8.2f %8.2f %6.2f %9.2f %6.2f %6.0f%%\n",
+                    figures.machine.c_str(), shape.name.c_str(), shape.rows, shape.varbinds(), walk.module,
+                    walk.reference, walk.ratio, table.module, table.reference, table.ratio, figures.cold,
+                    figures.cold / figures.warm, std::max(walk.spread, table.spread) * 100);
+        if (shape.rebuiltEveryRequest)
+            std::printf("%-8s   %-34s %5s %6s %8.2f %8s %6.2f %8.2f %8s %6.2f  (rebuilt on every request: %.1f us "
+                        "a request, taken off)\n",
+                        "", "  without the rebuilds", "", "", walk.moduleWithoutRebuild, "", walk.ratioWithoutRebuild,
+                        table.moduleWithoutRebuild, "", table.ratioWithoutRebuild, figures.rebuild);
+        std::fflush(stdout);
+        run.tables.push_back(figures);
+    }
+    // Every declared table is accounted for, also those this machine leaves empty.
+    for (const TableShape &shape : shapes)
+        if (shape.rows == 0)
+            std::printf("%-8s %-36s     0: no rows on this machine\n", machineName(run.machine).c_str(),
+                        shape.name.c_str());
+}
+
+// User-space instructions per varbind of a GETBULK walk of every table and
+// of its reference, counted by callgrind.
+void countInstructions(const std::string &machine, const std::vector<TableShape> &shapes)
+{
+    std::vector<TableShape> measured;
+    for (const TableShape &shape : shapes)
+        if (shape.rows > 0)
+            measured.push_back(shape);
+    AgentOptions agentOptions = comparingAgent(machine, measured);
     // The dumps go to the agent's directory, found from the persistent
-    // directory the harness gives the agent inside it.
+    // directory the harness gives the agent inside it. time() is left out:
+    // here it is the simulator's controllable clock, which under callgrind's
+    // slowness reads its file on nearly every call; on a controller it is
+    // the C library's.
     const std::string dumps = "callgrind.out";
-    // time() is left out: here it is the simulator's controllable clock, which
-    // under callgrind's slowness reads its file on nearly every call; on a
-    // controller it is the C library's.
     agentOptions.wrapper = {"/usr/bin/valgrind", "--tool=callgrind", "--toggle-collect=time", "--collect-atstart=yes",
                             "--callgrind-out-file=%q{SNMP_PERSISTENT_DIR}/../" + dumps};
     agentOptions.startTimeout = std::chrono::seconds(120);
     Agent agent(agentOptions);
-    Walker walker(agent.port(), agent.dir() + "/walker");
+    Asker asker(agent);
     const std::string pid = std::to_string(agent.pid());
     auto control = [&](const std::string &option) {
         std::string command = "/usr/bin/callgrind_control " + option + " " + pid + " >/dev/null 2>&1";
@@ -388,182 +542,120 @@ void countInstructions(const Options &options)
                 return std::stod(line.substr(9));
         throw std::runtime_error("no callgrind summary in dump " + std::to_string(dumpNumber));
     };
-
-    std::printf("\nUser-space instructions of the agent per varbind (callgrind), GETBULK walks of %d rows, %d "
-                "walks each:\n",
-                rows, options.countedWalks);
-    std::printf("  %-26s %10s %10s %6s %10s %6s\n", "table", "module", "ref", "ratio", "sorted", "ratio");
-    for (size_t t = 0; t < std::size(kTables); ++t) {
-        const MeasuredTable &table = kTables[t];
-        const size_t expected = static_cast<size_t>(rows) * static_cast<size_t>(table.columns);
-        const std::string roots[3] = {moduleRoot(table), referenceRoot(t + 1, false), referenceRoot(t + 1, true)};
-        double perVarbind[3];
-        for (int side = 0; side < 3; ++side) {
-            measureWalk(agent, walker, WalkKind::Bulk, roots[side], expected, table.name); // warm
+    std::printf("\nUser-space instructions of the agent per varbind (callgrind), %s, one GETBULK walk each"
+                " (dumps %s/%s.N):\n",
+                machineName(machine).c_str(), agent.dir().c_str(), dumps.c_str());
+    std::printf("  %-36s %10s %10s %6s\n", "table", "module", "ref", "ratio");
+    for (size_t t = 0; t < measured.size(); ++t) {
+        const TableShape &shape = measured[t];
+        const Side sides[2] = {moduleSide(shape), referenceSide(t + 1, shape)};
+        double perVarbind[2];
+        for (int side = 0; side < 2; ++side) {
+            asker.measure(Ask::Walk, sides[side], shape.rows, shape.varbinds(), shape.name); // warm
             control("--zero");
-            for (int walk = 0; walk < options.countedWalks; ++walk)
-                measureWalk(agent, walker, WalkKind::Bulk, roots[side], expected, table.name);
-            perVarbind[side] = instructionsSinceZero() / static_cast<double>(expected * options.countedWalks);
+            asker.measure(Ask::Walk, sides[side], shape.rows, shape.varbinds(), shape.name);
+            perVarbind[side] = instructionsSinceZero() / static_cast<double>(shape.varbinds());
         }
-        std::printf("  %-26s %10.0f %10.0f %6.3f %10.0f %6.3f\n", table.name, perVarbind[0], perVarbind[1],
-                    perVarbind[0] / perVarbind[1], perVarbind[2], perVarbind[0] / perVarbind[2]);
+        std::printf("  %-36s %10.0f %10.0f %6.3f\n", shape.name.c_str(), perVarbind[0], perVarbind[1],
+                    perVarbind[0] / perVarbind[1]);
         std::fflush(stdout);
     }
-    agent.stop();
 }
 
 int run(const Options &options)
 {
-    unsigned cores = std::thread::hardware_concurrency();
     const double busyAtStart = machineBusySeconds(), ownAtStart = ownCpuSeconds(), startedAt = monotonicSeconds();
-    std::printf("Agent CPU per varbind (us): the module's tables against zero-work iterator tables of the same\n");
-    std::printf("shape in the same snmpd (ref: unsorted; sorted: with the iterator's sorted hint), walked\n");
-    std::printf("alternately in %d rounds of one sample each (at least %zu varbinds a sample). Figures are\n",
-                options.walks, kVarbindsPerSample);
-    std::printf("medians; a ratio is the median of the rounds' ratios, and its spread the interquartile range\n");
-    std::printf("of those. Machine: %u cores.\n\n", cores);
-    std::printf("%-26s %-21s %5s %-7s %10s %10s %6s %10s %6s %7s\n", "table", "loaded from", "rows", "walk",
-                "module us", "ref us", "ratio", "sorted us", "ratio", "spread");
+    std::printf("Agent CPU per varbind (us) of every table of the module against a zero-work iterator table of\n"
+                "the same rows and columns in the same snmpd: a GETBULK walk (as snmpbulkwalk -Cr25) and an\n"
+                "snmptable-style request (GETBULK, a varbind per column, max-repetitions = rows). Medians of %d\n"
+                "round(s), each of at least %zu varbinds a side; a ratio is the median of the rounds' ratios and\n"
+                "its spread their interquartile range. Cold: the first walk after a reload, us per varbind and\n"
+                "against a warm walk. Machine: %u cores.\n\n",
+                options.rounds, options.varbindsPerSample, std::thread::hardware_concurrency());
+    std::printf("%-8s %-36s %5s %6s %8s %8s %6s %8s %8s %6s %9s %6s %7s\n", "machine", "table", "rows", "vbs",
+                "walk us", "ref us", "ratio", "table us", "ref us", "ratio", "cold us", "c/w", "spread");
 
-    double worstSpread = 0;
-    bool pinned = false;
-    std::vector<std::string> coldLines, scaleLines;
-    std::map<std::string, std::vector<double>> ratios; // for the summary
-    std::string memoryLine;
-    for (int rows : options.sizes) {
-        AgentOptions agentOptions = agentFor(rows);
-        Agent agent(agentOptions);
-        pinned = pinAgentApart(agent.pid());
-        Walker walker(agent.port(), agent.dir() + "/walker");
-        for (size_t t = 0; t < std::size(kTables); ++t) {
-            const MeasuredTable &table = kTables[t];
-            const size_t expected = static_cast<size_t>(rows) * static_cast<size_t>(table.columns);
-            const std::string roots[3] = {moduleRoot(table), referenceRoot(t + 1, false), referenceRoot(t + 1, true)};
-            for (WalkKind kind : {WalkKind::Bulk, WalkKind::Next}) {
-                // One walk of each before measuring: the module's first load,
-                // and both sides' first touch of their pages.
-                for (const std::string &root : roots)
-                    measureWalk(agent, walker, kind, root, expected, table.name);
-                Figures figures;
-                std::vector<double> *sides[3] = {&figures.module, &figures.reference, &figures.sortedReference};
-                // A round's samples are made of single walks of the three
-                // sides in turn, so that a drift of the machine's speed within
-                // the round falls on all three alike.
-                const size_t walksPerSample = std::max<size_t>(1, kVarbindsPerSample / expected);
-                for (int round = 0; round < options.walks; ++round) {
-                    double sum[3] = {0, 0, 0};
-                    for (size_t walk = 0; walk < walksPerSample; ++walk) {
-                        for (int k = 0; k < 3; ++k) {
-                            int side = (round + static_cast<int>(walk) + k) % 3; // rotate who goes first
-                            sum[side] += measureWalk(agent, walker, kind, roots[side], expected, table.name);
-                        }
-                    }
-                    for (int side = 0; side < 3; ++side)
-                        sides[side]->push_back(sum[side] / static_cast<double>(walksPerSample));
-                }
-                // The machine's speed drifts more between rounds than within
-                // one: ratios are taken round by round, then their median.
-                std::vector<double> toReference, toSorted;
-                for (size_t round = 0; round < figures.module.size(); ++round) {
-                    toReference.push_back(figures.module[round] / figures.reference[round]);
-                    toSorted.push_back(figures.module[round] / figures.sortedReference[round]);
-                }
-                double ratio = median(toReference), sortedRatio = median(toSorted);
-                double tableSpread = std::max(spread(toReference), spread(toSorted));
-                worstSpread = std::max(worstSpread, tableSpread);
-                std::printf("%-26s %-21s %5d %-7s %10.2f %10.2f %6.2f %10.2f %6.2f %6.0f%%\n", table.name, table.family,
-                            rows, kindName(kind), median(figures.module), median(figures.reference), ratio,
-                            median(figures.sortedReference), sortedRatio, tableSpread * 100);
-                std::fflush(stdout);
-                ratios[std::string(kindName(kind)) + " vs reference"].push_back(ratio);
-                ratios[std::string(kindName(kind)) + " vs sorted reference"].push_back(sortedRatio);
-            }
-            // Cold: the first walk after a reload, forced by moving the clock on.
-            std::vector<double> cold, warm;
-            long clock = kFrozenClock;
-            for (int walk = 0; walk < options.coldWalks; ++walk) {
-                clock += 60;
-                agent.setClock(clock);
-                cold.push_back(measureWalk(agent, walker, WalkKind::Bulk, roots[0], expected, table.name));
-                warm.push_back(measureWalk(agent, walker, WalkKind::Bulk, roots[0], expected, table.name));
-            }
-            char line[200];
-            std::snprintf(line, sizeof line, "%-26s %5d rows: cold %8.2f us/varbind, warm %8.2f, cold/warm %.2f",
-                          table.name, rows, median(cold), median(warm), median(cold) / median(warm));
-            coldLines.push_back(line);
-            agent.setClock(kFrozenClock);
-            std::snprintf(line, sizeof line, "%-26s %5d rows: every walk complete, %zu varbinds each", table.name, rows,
-                          expected);
-            scaleLines.push_back(line);
-        }
-
-        // Memory over many warm walks of every table, at the middle size measured.
-        if (rows == options.sizes[options.sizes.size() / 2] && options.memoryWalks > 0) {
-            orv3::test::SnmpClient client = agent.client();
-            auto walkAll = [&] {
-                for (const MeasuredTable &table : kTables) {
-                    const std::string root = moduleRoot(table);
-                    std::string at = root;
-                    while (true) {
-                        orv3::test::Response r = client.getBulk(0, 25, {at});
-                        if (!r.ok() || r.varbinds.empty())
-                            throw std::runtime_error("memory walk failed: " + r.toString());
-                        bool done = false;
-                        for (const auto &vb : r.varbinds) {
-                            if (vb.oid.rfind(root + ".", 0) != 0 || vb.isException()) {
-                                done = true;
-                                break;
-                            }
-                            at = vb.oid;
-                        }
-                        if (done)
-                            break;
-                    }
-                }
-            };
-            for (int walk = 0; walk < 20; ++walk)
-                walkAll();
-            long before = residentKiB(agent.pid());
-            for (int walk = 0; walk < options.memoryWalks; ++walk)
-                walkAll();
-            long after = residentKiB(agent.pid());
-            char line[200];
-            std::snprintf(line, sizeof line,
-                          "Resident memory of snmpd, %d rows per table: %ld KiB before %d warm walks of every "
-                          "table, %ld KiB after (growth %ld KiB)",
-                          rows, before, options.memoryWalks, after, after - before);
-            memoryLine = line;
-        }
-        agent.stop();
+    std::vector<MachineRun> runs;
+    for (size_t m = 0; m < options.machines.size(); ++m) {
+        MachineRun run;
+        run.machine = options.machines[m];
+        const bool last = m + 1 == options.machines.size();
+        std::vector<TableShape> shapes = surveyAndScrape(options, run, last && options.memoryScrapes > 0);
+        measureTables(options, run, shapes);
+        if (options.instructions)
+            countInstructions(run.machine, shapes);
+        runs.push_back(run);
     }
 
-    std::printf("\nCold walks (GETBULK, the first after a reload) against warm ones, medians of %d:\n",
-                options.coldWalks);
-    for (const auto &line : coldLines)
-        std::printf("  %s\n", line.c_str());
-    std::printf("\nScale:\n");
-    for (const auto &line : scaleLines)
-        std::printf("  %s\n", line.c_str());
-    if (!memoryLine.empty())
-        std::printf("\n%s\n", memoryLine.c_str());
-    countInstructions(options);
-    std::printf("\nWorst ratios of CPU time:");
-    for (const auto &[what, values] : ratios)
-        std::printf(" %s %.2f;", what.c_str(), *std::max_element(values.begin(), values.end()));
+    std::printf("\nA whole scrape by prometheus-snmp-exporter (module orv3_monitors of the shipped generator\n"
+                "configuration), medians of %d: cold (every table due, as at each scrape interval) and warm.\n\n",
+                options.scrapes);
+    std::printf("%-8s %-5s %9s %12s %12s %8s %8s\n", "machine", "cache", "wall ms", "exporter ms", "agent CPU ms",
+                "samples", "packets");
+    for (const MachineRun &run : runs)
+        for (const auto &[cache, figures] : {std::pair{"cold", run.coldScrape}, std::pair{"warm", run.warmScrape}})
+            std::printf("%-8s %-5s %9.1f %12.1f %12.1f %8zu %8zu\n", machineName(run.machine).c_str(), cache,
+                        figures.wallMs, figures.exporterMs, figures.agentCpuMs, figures.samples, figures.packets);
+    for (const MachineRun &run : runs)
+        if (run.memoryScrapes > 0)
+            std::printf("\nResident memory of snmpd serving %s: %ld KiB after the first scrapes, %ld KiB after %d "
+                        "more cold scrapes (growth %ld KiB).\n",
+                        machineName(run.machine).c_str(), run.residentKiB, run.residentAfterKiB, run.memoryScrapes,
+                        run.residentAfterKiB - run.residentKiB);
+
+    // The targets, and which tables miss them.
+    double worstSpread = 0;
+    std::string costMisses, coldMisses;
+    const MachineRun &largest = runs.back();
+    for (const MachineRun &run : runs)
+        for (const TableFigures &figures : run.tables) {
+            for (int ask = 0; ask < 2; ++ask) {
+                const Comparison &c = figures.byAsk[ask];
+                worstSpread = std::max(worstSpread, c.spread);
+                const double ratio = figures.shape.rebuiltEveryRequest ? c.ratioWithoutRebuild : c.ratio;
+                if (ratio > kTableTarget) {
+                    char miss[120];
+                    std::snprintf(miss, sizeof miss, " %s %s %s %.2f;", figures.machine.c_str(),
+                                  figures.shape.name.c_str(), askName(static_cast<Ask>(ask)), ratio);
+                    costMisses += miss;
+                }
+            }
+            if (&run == &largest && figures.cold / figures.warm > kColdTarget) {
+                char miss[120];
+                std::snprintf(miss, sizeof miss, " %s %.2f;", figures.shape.name.c_str(),
+                              figures.cold / figures.warm);
+                coldMisses += miss;
+            }
+        }
+    auto verdict = [](const std::string &misses) { return misses.empty() ? std::string(" holds") : " misses:" + misses; };
+    std::printf("\nTargets%s:\n", options.quick ? " (--quick: one short round, too few to hold a figure to them; every "
+                                                    "request was answered whole)"
+                                                  : "");
+    std::printf("  every table <= %.2fx its zero-work table (walk and table, every machine; rebuilds taken off):%s\n",
+                kTableTarget, verdict(costMisses).c_str());
+    std::printf("  cold <= %.1fx warm for every table of %s:%s\n", kColdTarget,
+                machineName(largest.machine).c_str(), verdict(coldMisses).c_str());
+    const ScrapeFigures &scrape = largest.coldScrape;
+    std::printf("  a cold scrape of %s in <= %.0f ms wall and <= %.0f ms agent CPU: %.0f ms and %.0f ms,%s\n",
+                machineName(largest.machine).c_str(), kScrapeWallTargetMs, kScrapeCpuTargetMs, scrape.wallMs,
+                scrape.agentCpuMs,
+                scrape.wallMs <= kScrapeWallTargetMs && scrape.agentCpuMs <= kScrapeCpuTargetMs ? " holds" : " misses");
+    if (largest.memoryScrapes > 0)
+        std::printf("  memory growth <= %ld KiB over %d scrapes of %s: %ld KiB,%s\n", kGrowthTargetKiB,
+                    largest.memoryScrapes, machineName(largest.machine).c_str(),
+                    largest.residentAfterKiB - largest.residentKiB,
+                    largest.residentAfterKiB - largest.residentKiB <= kGrowthTargetKiB ? " holds" : " misses");
+
     const double elapsed = monotonicSeconds() - startedAt;
     const double otherLoad =
         std::max(0.0, (machineBusySeconds() - busyAtStart) - (ownCpuSeconds() - ownAtStart)) / elapsed;
-    std::printf("\nRun of %.0f s; %s; other load on the machine meanwhile: %.2f cores on average.\n", elapsed,
-                pinned ? "agent on core 0, clients on core 1" : "agent and clients not pinned", otherLoad);
+    std::printf("Run of %.0f s; other load on the machine meanwhile: %.2f cores on average.\n", elapsed, otherLoad);
     std::string reasons;
     if (otherLoad > 0.2)
         reasons += "other programs kept " + std::to_string(otherLoad).substr(0, 4) + " cores busy";
-    if (worstSpread > 0.10) {
-        if (!reasons.empty())
-            reasons += " and ";
-        reasons += "the rounds' ratios of one figure scatter by up to " +
+    if (worstSpread > 0.10)
+        reasons += std::string(reasons.empty() ? "" : " and ") + "the rounds' ratios of one figure scatter by up to " +
                    std::to_string(static_cast<int>(worstSpread * 100 + 0.5)) + "% (interquartile range)";
-    }
     if (!reasons.empty())
         std::printf("WARNING: some figures are unreliable: %s; run again on a quiet machine.\n", reasons.c_str());
     return 0;

@@ -5,15 +5,15 @@
 //
 // time() is called on every request of every table, and a controller's
 // time() costs no system call, so this one should cost next to none either:
-// the file is read once, and again only when an inotify watch of its
-// directory says it was written or replaced. The watch is looked at only
-// once kRecheck of real time has passed since the last look (one system
-// call, no path to resolve). A writer that needs its new clock seen by the
+// the file is read once, and again only when a watch of it (file_watch.h)
+// says it was written or replaced. The watch is looked at only once
+// kRecheck of real time has passed since the last look. A writer that needs its new clock seen by the
 // very next call waits kRecheck after replacing the file (the test harness
 // does). Where inotify is not to be had, the file itself is read at most once
 // every kRecheck.
+#include "file_watch.h"
+
 #include <fcntl.h>
-#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -21,7 +21,6 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
-#include <string>
 
 namespace {
 
@@ -66,49 +65,6 @@ bool readClockFile(const char *path)
     return true;
 }
 
-// Watches the clock file's directory for the file being written, replaced,
-// created or removed.
-class FileWatch {
-public:
-    explicit FileWatch(const char *path)
-    {
-        std::string file = path;
-        const size_t slash = file.rfind('/');
-        const std::string directory = slash == std::string::npos ? "." : slash == 0 ? "/" : file.substr(0, slash);
-        name_ = slash == std::string::npos ? file : file.substr(slash + 1);
-        fd_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-        if (fd_ >= 0 &&
-            inotify_add_watch(fd_, directory.c_str(),
-                              IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_CREATE | IN_DELETE) < 0) {
-            close(fd_);
-            fd_ = -1;
-        }
-    }
-
-    bool watching() const { return fd_ >= 0; }
-
-    // Whether the file changed since the last call; drains the events.
-    bool changed()
-    {
-        alignas(inotify_event) char events[4096];
-        bool ours = false;
-        for (ssize_t length; (length = read(fd_, events, sizeof events)) > 0;) {
-            for (ssize_t at = 0; at < length;) {
-                const auto *event = reinterpret_cast<const inotify_event *>(events + at);
-                // A lost event (the queue overflowed) may have been ours.
-                if ((event->mask & IN_Q_OVERFLOW) || (event->len > 0 && name_ == event->name))
-                    ours = true;
-                at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            }
-        }
-        return ours;
-    }
-
-private:
-    int fd_ = -1;
-    std::string name_;
-};
-
 bool simulatedNow(long long &now)
 {
     static const char *path = getenv("ORV3_SIM_CLOCK");
@@ -116,15 +72,13 @@ bool simulatedNow(long long &now)
         return false;
 
     std::lock_guard lock(clockMutex);
-    // Set up before the first read, so that no change slips in between.
-    static FileWatch watch(path);
+    // Its first look starts it, before the first read of the file, so that
+    // no change slips in between.
+    static orv3::sim::FileWatch watch(path);
     long long at = monotonicNanoseconds();
-    if (lastReadAt == 0) {
+    if (lastReadAt == 0 || at - lastReadAt >= kRecheckNanoseconds) {
         lastReadAt = at;
-        simulated = readClockFile(path);
-    } else if (at - lastReadAt >= kRecheckNanoseconds) {
-        lastReadAt = at;
-        if (!watch.watching() || watch.changed())
+        if (watch.changed())
             simulated = readClockFile(path);
     }
     if (!simulated)

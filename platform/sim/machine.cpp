@@ -593,7 +593,7 @@ void MachineSource::loadOrThrow()
 
 std::shared_ptr<const Machine> MachineSource::current()
 {
-    if (!(stampNow() == seen_)) {
+    if (watch_.changed() && !(stampNow() == seen_)) {
         try {
             loadOrThrow();
             fprintf(stderr, "orv3-sim: %s: reloaded\n", path_.c_str());

@@ -5,6 +5,7 @@
 // with its line and the last good description keeps being served.
 #pragma once
 
+#include "file_watch.h"
 #include "orv3/inventory_db.h"
 
 #include <nlohmann/json.hpp>
@@ -267,7 +268,7 @@ inline bool fitsInt32(const nlohmann::json &value)
 // The description file, re-read when it changes.
 class MachineSource {
 public:
-    explicit MachineSource(std::string path) : path_(std::move(path)) {}
+    explicit MachineSource(std::string path) : path_(std::move(path)), watch_(path_) {}
 
     const std::string &path() const { return path_; }
     // Reads the file now; throws MachineFileError when it cannot be used.
@@ -288,6 +289,8 @@ private:
     FileStamp stampNow() const;
 
     std::string path_;
+    // The file is looked at (stat) only when the watch says it was touched.
+    FileWatch watch_;
     FileStamp seen_;
     std::shared_ptr<const Machine> machine_;
     uint64_t generation_ = 0;
