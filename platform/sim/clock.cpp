@@ -4,13 +4,10 @@
 // Without the variable, or with the file absent or empty, it is real time.
 //
 // time() is called on every request of every table, and a controller's
-// time() costs no system call, so this one should cost next to none either:
-// the file is read once, and again only when a watch of it (file_watch.h)
-// says it was written or replaced. The watch is looked at only once
-// kRecheck of real time has passed since the last look. A writer that needs its new clock seen by the
-// very next call waits kRecheck after replacing the file (the test harness
-// does). Where inotify is not to be had, the file itself is read at most once
-// every kRecheck.
+// time() makes no system call: the file is read once, and again only when a
+// watch of it says it changed (file_watch.h: looked at once a millisecond at
+// most). A writer that needs its new clock seen by the very next call waits
+// a millisecond or two after replacing the file (the test harness does).
 #include "file_watch.h"
 
 #include <fcntl.h>
@@ -24,21 +21,11 @@
 
 namespace {
 
-constexpr long long kRecheckNanoseconds = 1000000; // 1 ms
-
 std::mutex clockMutex;
 char lastContent[64];
 bool simulated = false;
 long long current = 0;
 long long step = 0;
-long long lastReadAt = 0; // monotonic nanoseconds; 0 = never read
-
-long long monotonicNanoseconds()
-{
-    struct timespec now {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<long long>(now.tv_sec) * 1000000000LL + now.tv_nsec;
-}
 
 // Reads the clock file and takes up a new content; false when the file is
 // absent, empty or unreadable (real time then).
@@ -75,12 +62,8 @@ bool simulatedNow(long long &now)
     // Its first look starts it, before the first read of the file, so that
     // no change slips in between.
     static orv3::sim::FileWatch watch(path);
-    long long at = monotonicNanoseconds();
-    if (lastReadAt == 0 || at - lastReadAt >= kRecheckNanoseconds) {
-        lastReadAt = at;
-        if (watch.changed())
-            simulated = readClockFile(path);
-    }
+    if (watch.changed())
+        simulated = readClockFile(path);
     if (!simulated)
         return false;
     current += step;

@@ -3,6 +3,8 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <ctime>
+
 #include <utility>
 
 namespace orv3::sim {
@@ -30,7 +32,7 @@ FileWatch::~FileWatch()
 
 FileWatch::FileWatch(FileWatch &&other) noexcept
     : path_(std::move(other.path_)), name_(std::move(other.name_)), started_(other.started_),
-      fd_(std::exchange(other.fd_, -1))
+      fd_(std::exchange(other.fd_, -1)), lastLook_(other.lastLook_)
 {
 }
 
@@ -43,12 +45,28 @@ FileWatch &FileWatch::operator=(FileWatch &&other) noexcept
         name_ = std::move(other.name_);
         started_ = other.started_;
         fd_ = std::exchange(other.fd_, -1);
+        lastLook_ = other.lastLook_;
     }
     return *this;
 }
 
+namespace {
+
+long long monotonicNanoseconds()
+{
+    struct timespec now {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<long long>(now.tv_sec) * 1000000000LL + now.tv_nsec;
+}
+
+} // namespace
+
 bool FileWatch::changed()
 {
+    const long long at = monotonicNanoseconds();
+    if (started_ && at - lastLook_ < kLookIntervalNanoseconds)
+        return false;
+    lastLook_ = at;
     if (!started_) {
         start();
         return true;

@@ -1,9 +1,12 @@
 // Whether a file of the simulator's (the machine description, the clock)
-// was written, replaced, created or removed since the last look, told by an
-// inotify watch of its directory: a look is one read() of a non-blocking
-// descriptor, with no path to resolve. The simulator looks on nearly every
-// platform call, where a controller's services make no file system call at
-// all; a stat() each time showed in what every table costs the agent.
+// was written, replaced, created or removed, told by an inotify watch of its
+// directory. A controller's services make no file system call at all, and
+// the simulator asks on nearly every platform call and every time(): a
+// stat() or a read of the file each time showed in what every table costs
+// the agent. So the watch is looked at once a millisecond at most, and a
+// look is one read() of a non-blocking descriptor with no path to resolve.
+// A writer that needs the very next platform call to see its change waits
+// a millisecond or two after its close or rename (the test harness does).
 #pragma once
 
 #include <string>
@@ -23,12 +26,13 @@ public:
     FileWatch(const FileWatch &) = delete;
     FileWatch &operator=(const FileWatch &) = delete;
 
-    // Whether the file may have been touched since the last look: true at
-    // the first look (the watch starts then), and at every look where
-    // inotify cannot be had; otherwise what the watch gathered, drained. A
-    // change is seen by the first look after the writer's close or rename
-    // returned.
+    // Whether the file may have been touched since the last look: false
+    // when the last look was less than kLookInterval ago; true at the first
+    // look (the watch starts then), and at every look where inotify cannot
+    // be had; otherwise what the watch gathered, drained.
     bool changed();
+
+    static constexpr long long kLookIntervalNanoseconds = 1000000; // 1 ms
 
 private:
     void start();
@@ -37,6 +41,7 @@ private:
     std::string name_; // of the file in its directory
     bool started_ = false;
     int fd_ = -1;
+    long long lastLook_ = 0; // monotonic nanoseconds
 };
 
 } // namespace orv3::sim

@@ -112,6 +112,7 @@ protected:
         std::string temporary = path + ".new";
         std::ofstream(temporary) << text;
         std::rename(temporary.c_str(), path.c_str());
+        orv3::test::settleFiles();
     }
     std::string dir, path;
 };

@@ -4,11 +4,13 @@
 
 #include "machine.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 namespace orv3::test {
 
@@ -37,6 +39,13 @@ inline std::string sampleMachineText()
     return text.str();
 }
 
+// Waits until the simulator's next look for changes of its files (once a
+// millisecond at most) sees what was just written.
+inline void settleFiles()
+{
+    std::this_thread::sleep_for(std::chrono::nanoseconds(2 * orv3::sim::FileWatch::kLookIntervalNanoseconds));
+}
+
 // Replaces the served machine; the simulator reads it again on its next call.
 inline void serveMachine(const std::string &json)
 {
@@ -45,6 +54,7 @@ inline void serveMachine(const std::string &json)
     std::string temporary = path + ".new" + std::to_string(++version);
     std::ofstream(temporary) << json;
     std::rename(temporary.c_str(), path.c_str());
+    settleFiles();
 }
 
 // Serves a changed machine for the life of a test, then the sample again.

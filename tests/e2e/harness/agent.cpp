@@ -676,6 +676,11 @@ bool Agent::waitForCalls(const std::string &prefix, size_t atLeast, milliseconds
     }
 }
 
+// The simulator looks for changes of its clock and machine files at most
+// once a millisecond; once this much time has passed after a change, the
+// agent's next time() or platform call sees it.
+constexpr milliseconds kFileSettle{2};
+
 void Agent::writeAtomically(const std::string &path, const std::string &contents)
 {
     std::string tmp = path + ".tmp." + std::to_string(++writeCounter_);
@@ -687,9 +692,7 @@ void Agent::writeAtomically(const std::string &path, const std::string &contents
     }
 }
 
-// The simulator reads its clock file at most once a millisecond; once this
-// much time has passed after a change, the agent's next time() sees it.
-constexpr milliseconds kClockSettle{2};
+
 
 void Agent::setClock(long seconds, long step)
 {
@@ -697,13 +700,13 @@ void Agent::setClock(long seconds, long step)
     if (step != 0)
         s += " " + std::to_string(step);
     writeAtomically(clockPath(), s + "\n");
-    std::this_thread::sleep_for(kClockSettle);
+    std::this_thread::sleep_for(kFileSettle);
 }
 
 void Agent::clearClock()
 {
     writeAtomically(clockPath(), "");
-    std::this_thread::sleep_for(kClockSettle);
+    std::this_thread::sleep_for(kFileSettle);
 }
 
 // With ORV3_E2E_MACHINES naming a directory, every machine an agent serves
@@ -756,6 +759,7 @@ void Agent::replaceMachine(const std::string &json)
         ::unlink(tmp.c_str());
         throw std::runtime_error("rename " + tmp + " -> " + path + ": " + std::strerror(e));
     }
+    std::this_thread::sleep_for(kFileSettle);
 }
 
 void Agent::removeMachine()
@@ -763,6 +767,7 @@ void Agent::removeMachine()
     std::string keep = dir_ + "/.machine.prev." + std::to_string(++writeCounter_);
     ::link(machinePath().c_str(), keep.c_str());
     ::unlink(machinePath().c_str());
+    std::this_thread::sleep_for(kFileSettle);
 }
 
 // ---------------------------------------------------------------------------

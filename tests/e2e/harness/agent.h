@@ -128,9 +128,10 @@ public:
     std::string clockPath() const { return dir_ + "/clock"; }
 
     // Atomically replaces the machine file; the new file always has a new inode and a
-    // modification time different from all earlier versions.
+    // modification time different from all earlier versions. Returns once the agent's
+    // next platform call sees it.
     void replaceMachine(const std::string &json);
-    // Removes the machine file.
+    // Removes the machine file, likewise.
     void removeMachine();
     std::string machinePath() const { return dir_ + "/machine.json"; }
     std::string callLogPath() const { return dir_ + "/calls.log"; }
