@@ -7,17 +7,18 @@
  * ORV3_REFERENCE_TABLES describes the tables, one per ';'-separated item
  * "<rows>:<columns>", the columns a ','-separated list of kinds: "i"
  * (INTEGER), "u" (Gauge32) or "s<N>" (an OCTET STRING of N bytes). Column 1
- * answers the row's index. Item k is registered twice, with rows in
- * ascending index order: unsorted at 1.3.6.1.4.1.53917.99.1.1.k.1 and with
- * the iterator's sorted hint at 1.3.6.1.4.1.53917.99.1.1.k.2 (as many arcs
- * as the module's tables have, so that their OIDs cost the same to handle).
+ * answers the row's index. Item k is registered at
+ * 1.3.6.1.4.1.53917.99.1.1.k.2, rows in ascending index order and with the
+ * iterator's sorted hint, as the module registers its tables (as many arcs
+ * as most of the module's tables have, so that their OIDs cost the same to
+ * handle).
  *
  * A walk's last request runs past the table into whatever follows it. So
  * that this costs the same after every table measured, a guard table (one
- * INTEGER column, 25 rows, sorted) follows each: at ...k.1.2 and ...k.2.2
- * after the reference tables (walked from their entries, ...k.1.1 and
- * ...k.2.1), and at each OID that ORV3_REFERENCE_GUARDS lists (','-separated,
- * numeric) after tables of other modules.
+ * INTEGER column, 25 rows, sorted) follows each: at ...k.2.2 after the
+ * reference table (walked from its entry, ...k.2.1), and at each OID that
+ * ORV3_REFERENCE_GUARDS lists (','-separated, numeric) after tables of other
+ * modules.
  *
  * Loaded with "dlmod orv3_reference_tables <path>".
  */
@@ -186,11 +187,9 @@ void init_orv3_reference_tables(void)
             snmp_log(LOG_ERR, "orv3_reference_tables: cannot read table %d of ORV3_REFERENCE_TABLES\n", number);
             free(table);
         } else {
-            for (int sorted = 0; sorted <= 1; ++sorted) {
-                oid root[] = {1, 3, 6, 1, 4, 1, 53917, 99, 1, 1, (oid)number, sorted ? 2 : 1, 2};
-                register_table(table, root, OID_LENGTH(root) - 1, sorted);
-                register_guard(root, OID_LENGTH(root));
-            }
+            oid root[] = {1, 3, 6, 1, 4, 1, 53917, 99, 1, 1, (oid)number, 2, 2};
+            register_table(table, root, OID_LENGTH(root) - 1, 1);
+            register_guard(root, OID_LENGTH(root));
         }
         tables = strchr(tables, ';');
         if (tables)
