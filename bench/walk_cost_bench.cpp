@@ -37,7 +37,6 @@
 #include "agent_process.h"
 #include "bench_measure.h"
 #include "harness/agent.h"
-#include "harness/oids.h"
 #include "harness/prometheus_text.h"
 #include "harness/snmp_exporter.h"
 #include "table_survey.h"
@@ -46,10 +45,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
