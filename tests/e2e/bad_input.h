@@ -5,9 +5,8 @@
 
 #include "fan_machines.h"
 #include "harness/agent.h"
+#include "harness/monitors_mib.h"
 #include "harness/oids.h"
-
-#include <net-snmp/library/parse.h>
 
 #include <gtest/gtest.h>
 
@@ -19,10 +18,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#ifndef ORV3_BASE_MIBS_DIR
-#define ORV3_BASE_MIBS_DIR ORV3_SOURCE_DIR "/.deps/node_modules/net-snmp/lib/mibs"
-#endif
 
 namespace orv3::test {
 
@@ -67,18 +62,7 @@ public:
     static ServedObjects of(Agent &agent)
     {
         ServedObjects served;
-        initSnmpLibrary();
-        add_mibdir(ORV3_BASE_MIBS_DIR);
-        add_mibdir(ORV3_SOURCE_DIR "/mibs");
-        if (!read_module("ORV3-MONITORS-MIB"))
-            throw std::runtime_error("ORV3-MONITORS-MIB did not load");
-        std::vector<oid> root;
-        for (unsigned long arc : oidParse(kMonitorsRoot))
-            root.push_back(arc);
-        struct tree *monitors = get_tree(root.data(), root.size(), get_tree_head());
-        if (!monitors)
-            throw std::runtime_error("the MIB has no monitors subtree");
-        served.collect(monitors, kMonitorsRoot);
+        served.collect(monitorsMibSubtree(), kMonitorsRoot);
         // The parser keeps siblings in no useful order; the tests go in OID order.
         auto inOidOrder = [](const auto &a, const auto &b) { return oidCompare(a.oid, b.oid) < 0; };
         std::sort(served.scalars.begin(), served.scalars.end(), inOidOrder);

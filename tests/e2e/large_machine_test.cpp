@@ -9,11 +9,10 @@
 #include "fan_machines.h"
 #include "harness/agent.h"
 #include "harness/campaign.h"
+#include "harness/monitors_mib.h"
 #include "harness/oids.h"
 #include "harness/prometheus_text.h"
 #include "harness/snmp_exporter.h"
-
-#include <net-snmp/library/parse.h>
 
 #include <gtest/gtest.h>
 
@@ -22,10 +21,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#ifndef ORV3_BASE_MIBS_DIR
-#define ORV3_BASE_MIBS_DIR ORV3_SOURCE_DIR "/.deps/node_modules/net-snmp/lib/mibs"
-#endif
 
 namespace orv3::test {
 namespace {
@@ -155,16 +150,8 @@ std::string firstDifference(const Response &expected, const Response &actual)
 // The tables ORV3-MONITORS-MIB declares below the module's root.
 std::set<std::string> tablesOfTheMib()
 {
-    initSnmpLibrary();
-    add_mibdir(ORV3_BASE_MIBS_DIR);
-    add_mibdir(ORV3_SOURCE_DIR "/mibs");
-    if (!read_module("ORV3-MONITORS-MIB"))
-        throw std::runtime_error("ORV3-MONITORS-MIB did not load");
-    std::vector<oid> root;
-    for (unsigned long arc : oidParse(kMonitorsRoot))
-        root.push_back(arc);
     std::set<std::string> tables;
-    std::vector<struct tree *> nodes = {get_tree(root.data(), root.size(), get_tree_head())};
+    std::vector<struct tree *> nodes = {monitorsMibSubtree()};
     while (!nodes.empty()) {
         struct tree *node = nodes.back();
         nodes.pop_back();
