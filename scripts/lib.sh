@@ -3,7 +3,7 @@
 
 ORV3_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 ORV3_PACKAGES=(g++ cmake make pkg-config snmpd snmp libsnmp-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev smitools
-    systemd prometheus-snmp-exporter)
+    systemd prometheus-snmp-exporter prometheus snmptrapd)
 
 # The SMIv2 base modules (SNMPv2-SMI, SNMPv2-TC, SNMPv2-CONF) that the
 # project's MIB imports are not in Debian 12's packages; the npm package
