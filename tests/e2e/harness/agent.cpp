@@ -774,11 +774,12 @@ void Agent::removeMachine()
 
 namespace {
 
-AgentOptions masterOptions(const std::string &socketDir)
+AgentOptions masterOptions(const std::string &socketDir, std::vector<std::string> masterConfig)
 {
     AgentOptions options;
     options.bareAgent = true;
     options.extraConfig = {"master agentx", "agentXSocket unix:" + socketDir + "/master"};
+    options.extraConfig.insert(options.extraConfig.end(), masterConfig.begin(), masterConfig.end());
     return options;
 }
 
@@ -799,8 +800,8 @@ std::string makeSocketDir()
 
 } // namespace
 
-AgentXPair::AgentXPair(AgentOptions subagentOptions)
-    : socketDir_(makeSocketDir()), master(masterOptions(socketDir_)),
+AgentXPair::AgentXPair(AgentOptions subagentOptions, std::vector<std::string> masterConfig)
+    : socketDir_(makeSocketDir()), master(masterOptions(socketDir_, std::move(masterConfig))),
       subagent(subagentOf(std::move(subagentOptions), socketDir_, master.port()))
 {
 }

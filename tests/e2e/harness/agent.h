@@ -176,7 +176,9 @@ private:
 // ask the master, as a manager would.
 class AgentXPair {
 public:
-    explicit AgentXPair(AgentOptions subagentOptions = {});
+    // `masterConfig`: lines added to the master's snmpd.conf (what the
+    // master itself does with the module's objects, such as its event MIB).
+    explicit AgentXPair(AgentOptions subagentOptions = {}, std::vector<std::string> masterConfig = {});
     ~AgentXPair();
     AgentXPair(const AgentXPair &) = delete;
     AgentXPair &operator=(const AgentXPair &) = delete;

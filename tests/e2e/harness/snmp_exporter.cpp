@@ -1,13 +1,13 @@
 #include "harness/snmp_exporter.h"
 
 #include "harness/agent.h"
+#include "harness/child_process.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,8 +22,6 @@
 #include <stdexcept>
 #include <thread>
 #include <vector>
-
-extern char **environ;
 
 namespace orv3::test {
 
@@ -45,66 +43,6 @@ constexpr milliseconds kStopTimeout{5000};
 // One scrape walks the whole subtree: about 110 GETBULK requests, which a
 // sanitized agent answers several times slower than a plain one.
 constexpr milliseconds kScrapeTimeout{60000};
-
-// Starts `args` with its standard output and error appended to `logPath`,
-// in `workDir`, with the test's environment. The child never outlives the
-// test binary.
-pid_t spawnLogged(const std::vector<std::string> &args, const std::string &logPath, const std::string &workDir)
-{
-    std::vector<std::string> argStrings = args;
-    std::vector<char *> argv;
-    for (auto &a : argStrings)
-        argv.push_back(a.data());
-    argv.push_back(nullptr);
-
-    int devnull = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    int logFd = ::open(logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (devnull < 0 || logFd < 0) {
-        int e = errno;
-        for (int fd : {devnull, logFd}) {
-            if (fd >= 0)
-                ::close(fd);
-        }
-        throw std::runtime_error("cannot open " + logPath + ": " + std::strerror(e));
-    }
-    pid_t parent = ::getpid();
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        // Child: only async-signal-safe calls from here on.
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (::getppid() != parent)
-            _exit(126);
-        if (::chdir(workDir.c_str()) != 0)
-            _exit(126);
-        ::dup2(devnull, 0);
-        ::dup2(logFd, 1);
-        ::dup2(logFd, 2);
-        ::close_range(3, ~0U, 0);
-        ::execve(argv[0], argv.data(), environ);
-        const char msg[] = "harness: execve failed\n";
-        ssize_t ignored = ::write(2, msg, sizeof msg - 1);
-        (void)ignored;
-        _exit(127);
-    }
-    int forkErrno = errno;
-    ::close(devnull);
-    ::close(logFd);
-    if (pid < 0)
-        throw std::runtime_error(std::string("fork: ") + std::strerror(forkErrno));
-    return pid;
-}
-
-std::string describeWaitStatus(int status)
-{
-    if (WIFEXITED(status))
-        return "exited with code " + std::to_string(WEXITSTATUS(status));
-    if (WIFSIGNALED(status))
-        return "was killed by signal " + std::to_string(WTERMSIG(status));
-    return "ended with wait status " + std::to_string(status);
-}
 
 void closeQuietly(int fd)
 {
@@ -204,26 +142,14 @@ HttpResponse httpGet(int port, const std::string &target, milliseconds timeout)
 
 // ---------------------------------------------------------------------------
 
-SnmpExporter::SnmpExporter()
+SnmpExporter::SnmpExporter() : dir_(makePrivateDir("orv3-exporter"))
 {
-    char tmpl[] = "/tmp/orv3-exporter-XXXXXX";
-    if (!::mkdtemp(tmpl))
-        throw std::runtime_error(std::string("mkdtemp: ") + std::strerror(errno));
-    dir_ = tmpl;
     try {
         generateConfig();
         start();
     } catch (...) {
-        if (pid_ > 0 && !exited_) {
-            ::kill(pid_, SIGKILL);
-            reap(true);
-        }
-        if (std::getenv("ORV3_E2E_KEEP")) {
-            std::fprintf(stderr, "[ harness  ] exporter failed to start; directory kept: %s\n", dir_.c_str());
-        } else {
-            std::error_code ec;
-            fs::remove_all(dir_, ec);
-        }
+        process_.stop(kStopTimeout);
+        removeUnlessKept(dir_, "exporter");
         throw;
     }
 }
@@ -231,37 +157,22 @@ SnmpExporter::SnmpExporter()
 SnmpExporter::~SnmpExporter()
 {
     stop();
-    bool keep = ::testing::Test::HasFailure() || std::getenv("ORV3_E2E_KEEP") != nullptr;
-    if (keep) {
-        std::fprintf(stderr, "[ harness  ] exporter directory kept: %s\n", dir_.c_str());
-    } else {
-        std::error_code ec;
-        fs::remove_all(dir_, ec);
-    }
+    removeUnlessKept(dir_, "exporter");
 }
 
 void SnmpExporter::generateConfig()
 {
     const std::string log = dir_ + "/generate.log";
-    pid_t pid = spawnLogged({"/bin/bash", kGenerateScript, "--base-mibs", ORV3_BASE_MIBS_DIR, configPath()}, log, dir_);
-    auto deadline = Clock::now() + kGenerateTimeout;
-    int status = 0;
-    while (true) {
-        pid_t r = ::waitpid(pid, &status, WNOHANG);
-        if (r == pid)
-            break;
-        if (r < 0 && errno != EINTR)
-            throw std::runtime_error(std::string("waitpid: ") + std::strerror(errno));
-        if (Clock::now() >= deadline) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, &status, 0);
-            throw std::runtime_error(std::string(kGenerateScript) + " did not finish within " +
-                                     std::to_string(kGenerateTimeout.count()) + " ms:\n" + readFileText(log));
-        }
-        std::this_thread::sleep_for(kPollInterval);
+    ChildProcess generate;
+    generate.start({"/bin/bash", kGenerateScript, "--base-mibs", ORV3_BASE_MIBS_DIR, configPath()}, log, dir_);
+    if (!generate.waitForExit(kGenerateTimeout)) {
+        generate.stop(milliseconds(0));
+        throw std::runtime_error(std::string(kGenerateScript) + " did not finish within " +
+                                 std::to_string(kGenerateTimeout.count()) + " ms:\n" + readFileText(log));
     }
+    int status = generate.waitStatus();
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || !fs::is_regular_file(configPath())) {
-        throw std::runtime_error(std::string(kGenerateScript) + " " + describeWaitStatus(status) + ":\n" +
+        throw std::runtime_error(std::string(kGenerateScript) + " " + generate.describeExit() + ":\n" +
                                  readFileText(log));
     }
 }
@@ -276,10 +187,8 @@ void SnmpExporter::start()
         if (spawn(error))
             return;
         bool portTaken = logText().find("address already in use") != std::string::npos;
-        if (!portTaken || !exited_)
+        if (!portTaken || !process_.exited())
             break;
-        pid_ = -1;
-        exited_ = false;
     }
     throw std::runtime_error("prometheus-snmp-exporter did not start (" + error + ") in " + dir_ +
                              "\n--- exporter.log ---\n" + logText());
@@ -287,14 +196,13 @@ void SnmpExporter::start()
 
 bool SnmpExporter::spawn(std::string &error)
 {
-    pid_ = spawnLogged(
+    process_.start(
         {kExporter, "--config.file=" + configPath(), "--web.listen-address=127.0.0.1:" + std::to_string(port_)},
         dir_ + "/exporter.log", dir_);
-    exited_ = false;
     auto deadline = Clock::now() + kStartTimeout;
     while (true) {
-        if (reap(false)) {
-            error = std::string("the exporter ") + describeWaitStatus(waitStatus_) + " during start-up";
+        if (process_.exited()) {
+            error = "the exporter " + process_.describeExit() + " during start-up";
             return false;
         }
         HttpResponse page = httpGet(port_, "/", milliseconds(1000));
@@ -310,35 +218,9 @@ bool SnmpExporter::spawn(std::string &error)
     }
 }
 
-bool SnmpExporter::reap(bool block)
-{
-    if (pid_ <= 0)
-        return false;
-    if (exited_)
-        return true;
-    while (true) {
-        pid_t r = ::waitpid(pid_, &waitStatus_, block ? 0 : WNOHANG);
-        if (r == pid_) {
-            exited_ = true;
-            return true;
-        }
-        if (r < 0 && errno == EINTR)
-            continue;
-        return false;
-    }
-}
-
 void SnmpExporter::stop()
 {
-    if (pid_ <= 0 || exited_)
-        return;
-    ::kill(pid_, SIGTERM);
-    auto deadline = Clock::now() + kStopTimeout;
-    while (!reap(false) && Clock::now() < deadline)
-        std::this_thread::sleep_for(kPollInterval);
-    if (!exited_) {
-        ::kill(pid_, SIGKILL);
-        reap(true);
+    if (!process_.stop(kStopTimeout)) {
         ADD_FAILURE() << "prometheus-snmp-exporter did not exit within " << kStopTimeout.count()
                       << " ms of SIGTERM; killed\n--- exporter.log ---\n"
                       << logText();

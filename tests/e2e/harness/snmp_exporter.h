@@ -5,7 +5,7 @@
 // directory.
 #pragma once
 
-#include <sys/types.h>
+#include "harness/child_process.h"
 
 #include <chrono>
 #include <string>
@@ -62,14 +62,11 @@ private:
     void generateConfig();
     void start();
     bool spawn(std::string &error);
-    bool reap(bool block);
     void stop();
 
     std::string dir_;
     int port_ = 0;
-    pid_t pid_ = -1;
-    bool exited_ = false;
-    int waitStatus_ = 0;
+    ChildProcess process_;
 };
 
 } // namespace orv3::test
