@@ -3,15 +3,22 @@
 # scratch root and starts Debian's snmpd from the installed files only: the
 # snmpd.conf.d snippet that loads the module, the snmpd drop-in that
 # preloads the simulator with its machine, the installed MIB for the names.
-# Paths the files name are read inside the scratch root.
+# Paths the files name are read inside the scratch root. Then the
+# notifications: with the command line of Debian's snmpd.service the event
+# MIB is off and the installed notifications.conf is refused; with the
+# command line of the installed drop-in, a fan that fails in the machine
+# file is announced to a real snmptrapd.
 set -euo pipefail
 source "$(dirname "$0")/../../scripts/lib.sh"
 packages=${1:?usage: check_installed.sh PACKAGE_DIR}
 
 root=$(mktemp -d /tmp/orv3-installed-XXXXXX)
 agent=
+receiver=
 cleanup() {
-    [ -n "$agent" ] && kill "$agent" 2>/dev/null && wait "$agent" 2>/dev/null
+    for pid in $agent $receiver; do
+        kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null
+    done
     rm -rf "$root"
 }
 trap cleanup EXIT
@@ -71,3 +78,80 @@ health=$(ask systemHealthStat.0)
 say "$health"
 "$(inside /usr/bin/orv3-monitors-agentx)" -h | head -n 1
 say "snmpd served the module from the installed files"
+
+# ------------------------------------------------------------ notifications
+notifications=$(inside /usr/share/orv3-monitors/notifications.conf)
+event_dropin=$(inside /usr/share/orv3-monitors/snmpd-event-mib.conf)
+[ -f "$notifications" ] || die "the module package has no notifications.conf"
+[ -f "$event_dropin" ] || die "the module package has no snmpd-event-mib.conf drop-in"
+kill "$agent" && wait "$agent" 2>/dev/null
+agent=
+
+# The last ExecStart= of a unit or drop-in is the command systemd runs. The
+# check runs it without -u and -g: the scratch root belongs to the user
+# running the check, not to Debian-snmp.
+exec_start() { sed -n 's/^ExecStart=\(.\)/\1/p' "$1" | tail -n 1 | sed -E 's/ -[ug] [^ ]+//g'; }
+stock=$(exec_start /lib/systemd/system/snmpd.service)
+enabled=$(exec_start "$event_dropin")
+[ -n "$stock" ] && [ -n "$enabled" ] || die "no ExecStart in snmpd.service or in the drop-in"
+
+trap_port=$(free_udp_port)
+mkdir -p "$root/trapd/persist" "$root/trapd/conf"
+echo "authCommunity log public" >"$root/trapd/snmptrapd.conf"
+SNMP_PERSISTENT_DIR="$root/trapd/persist" SNMPCONFPATH="$root/trapd/conf" HOME="$root/home" MIBS= \
+    /usr/sbin/snmptrapd -f -C -c "$root/trapd/snmptrapd.conf" -Lf "$root/trapd/traps.log" -On \
+    -F 'NOTIFICATION %v\n' "udp:127.0.0.1:$trap_port" &
+receiver=$!
+{
+    cat "$root/snmpd.conf"
+    echo "includeFile $notifications"
+    echo "trap2sink 127.0.0.1:$trap_port public"
+} >"$root/snmpd-notify.conf"
+
+# Runs the command line $1 as snmpd's, serving the machine file $2, logging to $3.
+start_agent() {
+    local -a command
+    read -r -a command <<<"$1"
+    env "${env_args[@]}" ORV3_SIM_MACHINE="$2" SNMP_PERSISTENT_DIR="$root/persist" SNMPCONFPATH="$root/conf" \
+        HOME="$root/home" MIBS= "${command[@]}" -C -c "$root/snmpd-notify.conf" "udp:127.0.0.1:$port" >"$3" 2>&1 &
+    agent=$!
+    for _ in $(seq 1 60); do
+        ask fanNumber.0 >/dev/null && return 0
+        sleep 0.5
+    done
+    cat "$3" >&2
+    die "snmpd did not start with: $1"
+}
+
+start_agent "$stock" "$(inside /usr/share/orv3-monitors/machines/sample.json)" "$root/stock.log"
+grep -q "Unknown token: monitor" "$root/stock.log" ||
+    { cat "$root/stock.log" >&2; die "with Debian's command line, snmpd took the monitor directive"; }
+say "Debian's snmpd.service: the event MIB is off ($(grep -m1 -o 'Unknown token: monitor' "$root/stock.log"))"
+kill "$agent" && wait "$agent" 2>/dev/null
+agent=
+
+machine="$root/machine.json"
+cp "$(inside /usr/share/orv3-monitors/machines/sample.json)" "$machine"
+start_agent "$enabled" "$machine" "$root/enabled.log"
+! grep -q "Unknown token" "$root/enabled.log" ||
+    { cat "$root/enabled.log" >&2; die "with the drop-in's command line, snmpd refused a directive"; }
+# The event MIB's first poll is made while the agent starts; fan 1 of the
+# sample is Normal.
+sleep 1
+python3 - "$machine" <<'PY'
+import json, os, sys
+path = sys.argv[1]
+machine = json.load(open(path))
+machine["store"]["s/fans/status/fantbl"][0]["status"] = "Critical"
+json.dump(machine, open(path + ".new", "w"))
+os.replace(path + ".new", path)
+PY
+expected='.1.3.6.1.4.1.53917.11.1.0.2	.1.3.6.1.4.1.53917.11.1.1.3.2.1.2.1 = STRING: "Fan 1A Tach"	.1.3.6.1.4.1.53917.11.1.1.3.2.1.10.1 = STRING: "Critical"'
+for _ in $(seq 1 150); do
+    grep -qF "$expected" "$root/trapd/traps.log" 2>/dev/null && break
+    sleep 0.1
+done
+grep -qF "$expected" "$root/trapd/traps.log" ||
+    { cat "$root/trapd/traps.log" "$root/enabled.log" >&2; die "no fanStatusChanged notification within 15 s"; }
+say "With the drop-in: $(grep -F "$expected" "$root/trapd/traps.log" | head -n 1 | cut -f 2-)"
+say "the installed drop-in turns the event MIB on, and the notifications arrive"

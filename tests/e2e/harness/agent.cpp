@@ -301,9 +301,10 @@ void Agent::start()
     }
 
     // Configuration.
-    std::string conf = "rocommunity public 127.0.0.1\n"
-                       "rwcommunity private 127.0.0.1\n"
-                       "dontLogTCPWrappersConnects yes\n";
+    std::string conf = options_.communityAccess ? "rocommunity public 127.0.0.1\n"
+                                                  "rwcommunity private 127.0.0.1\n"
+                                                : "";
+    conf += "dontLogTCPWrappersConnects yes\n";
     if (!options_.bareAgent && options_.agentxSocket.empty())
         conf += std::string("dlmod snmp_module_monitors ") + ORV3_MODULE_PATH + "\n";
     for (const auto &l : options_.extraConfig)
@@ -445,10 +446,18 @@ bool Agent::spawn(std::string &error)
             return false;
         }
         // A subagent is ready once its master answers for the module.
-        Response r = subagent ? probe.getNext({kMonitorsRoot}) : probe.get({"1.3.6.1.2.1.1.3.0"});
-        const bool answered = r.ok() && r.varbinds.size() == 1 &&
-                              (subagent ? r.varbinds[0].oid.rfind(std::string(kMonitorsRoot) + ".", 0) == 0
-                                        : r.varbinds[0].type == ASN_TIMETICKS);
+        Response r;
+        bool answered = false;
+        if (!options_.communityAccess) {
+            // snmpd logs its version once its sockets are open and the
+            // module is loaded.
+            answered = stdoutText().find("NET-SNMP version") != std::string::npos;
+        } else {
+            r = subagent ? probe.getNext({kMonitorsRoot}) : probe.get({"1.3.6.1.2.1.1.3.0"});
+            answered = r.ok() && r.varbinds.size() == 1 &&
+                       (subagent ? r.varbinds[0].oid.rfind(std::string(kMonitorsRoot) + ".", 0) == 0
+                                 : r.varbinds[0].type == ASN_TIMETICKS);
+        }
         if (answered) {
             // snmpd carries on without a module it could not load, and the dynamic loader
             // only warns about a preload library it cannot find: make both fatal here.

@@ -54,6 +54,10 @@ struct AgentOptions {
     bool bareAgent = false;
     // Extra lines appended to the snmpd configuration file.
     std::vector<std::string> extraConfig;
+    // The communities "public" (read) and "private" (write) from 127.0.0.1.
+    // Without them (an agent for SNMPv3 only, whose users extraConfig
+    // gives), the agent counts as started once it logs its version line.
+    bool communityAccess = true;
     // The agent executable, and a command it runs under (e.g. valgrind and its options).
     std::string executable = "/usr/sbin/snmpd";
     std::vector<std::string> wrapper;

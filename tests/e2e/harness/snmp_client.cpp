@@ -263,6 +263,45 @@ SnmpClient::SnmpClient(int port, std::string community, long timeoutUs, int retr
     }
 }
 
+SnmpClient::SnmpClient(int port, const UsmUser &user, long timeoutUs, int retries) : port_(port)
+{
+    initSnmpLibrary();
+    std::string peer = "udp:127.0.0.1:" + std::to_string(port);
+    netsnmp_session s;
+    snmp_sess_init(&s);
+    s.version = SNMP_VERSION_3;
+    s.peername = const_cast<char *>(peer.c_str());
+    s.securityName = const_cast<char *>(user.name.c_str());
+    s.securityNameLen = user.name.size();
+    s.securityLevel = SNMP_SEC_LEVEL_AUTHPRIV;
+    s.securityAuthProto = usmHMAC192SHA256AuthProtocol;
+    s.securityAuthProtoLen = OID_LENGTH(usmHMAC192SHA256AuthProtocol);
+    s.securityAuthKeyLen = USM_AUTH_KU_LEN;
+    // AES-128 (usmAesCfb128Protocol): the AES-192/256 key extensions differ
+    // between implementations.
+    s.securityPrivProto = usmAESPrivProtocol;
+    s.securityPrivProtoLen = OID_LENGTH(usmAESPrivProtocol);
+    s.securityPrivKeyLen = USM_PRIV_KU_LEN;
+    auto passphrase = [](const std::string &p) {
+        return reinterpret_cast<u_char *>(const_cast<char *>(p.c_str()));
+    };
+    if (generate_Ku(s.securityAuthProto, s.securityAuthProtoLen, passphrase(user.authPassphrase),
+                    user.authPassphrase.size(), s.securityAuthKey, &s.securityAuthKeyLen) != SNMPERR_SUCCESS ||
+        generate_Ku(s.securityAuthProto, s.securityAuthProtoLen, passphrase(user.privPassphrase),
+                    user.privPassphrase.size(), s.securityPrivKey, &s.securityPrivKeyLen) != SNMPERR_SUCCESS) {
+        throw std::runtime_error("cannot make keys for user " + user.name + " (passphrases need 8 characters)");
+    }
+    s.timeout = timeoutUs;
+    s.retries = retries;
+    {
+        std::lock_guard<std::mutex> lock(sessionMutex());
+        session_ = snmp_sess_open(&s);
+    }
+    if (!session_) {
+        throw std::runtime_error("snmp_sess_open failed for user " + user.name + " at " + peer);
+    }
+}
+
 SnmpClient::~SnmpClient()
 {
     close();

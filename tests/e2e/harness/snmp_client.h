@@ -71,6 +71,14 @@ std::string errorStatusName(long status);
 // MIB loading off, no configuration files read, no persistent state written.
 void initSnmpLibrary();
 
+// An SNMPv3 user of the agent's USM: SHA-256 authentication and AES-128
+// privacy (authPriv), keys made from the passphrases.
+struct UsmUser {
+    std::string name;
+    std::string authPassphrase;
+    std::string privPassphrase;
+};
+
 class SnmpClient {
 public:
     static constexpr long kDefaultTimeoutUs = 1000000;
@@ -79,6 +87,10 @@ public:
     // Opens a v2c session to 127.0.0.1:<port>. Throws std::runtime_error on failure.
     SnmpClient(int port, std::string community = "public", long timeoutUs = kDefaultTimeoutUs,
                int retries = kDefaultRetries);
+    // Opens an SNMPv3 session as `user` (authPriv). Throws std::runtime_error
+    // when the session cannot be opened, which includes the agent not
+    // answering the discovery of its engine ID.
+    SnmpClient(int port, const UsmUser &user, long timeoutUs = kDefaultTimeoutUs, int retries = kDefaultRetries);
     ~SnmpClient();
     SnmpClient(SnmpClient &&other) noexcept;
     SnmpClient &operator=(SnmpClient &&other) noexcept;
