@@ -84,6 +84,7 @@ notifications=$(inside /usr/share/orv3-monitors/notifications.conf)
 event_dropin=$(inside /usr/share/orv3-monitors/snmpd-event-mib.conf)
 [ -f "$notifications" ] || die "the module package has no notifications.conf"
 [ -f "$event_dropin" ] || die "the module package has no snmpd-event-mib.conf drop-in"
+[ -f "$(inside /usr/share/orv3-monitors/snmpv3-access.conf)" ] || die "the module package has no snmpv3-access.conf"
 kill "$agent" && wait "$agent" 2>/dev/null
 agent=
 
