@@ -1,9 +1,10 @@
 // Notifications as an operator receives them: snmpd with the module over
 // the simulated platform runs the event MIB configuration that comes with
 // the module (contrib/snmpd/notifications.conf, unchanged), and a real
-// snmptrapd receives what it sends. A live edit of the machine file changes
-// a status; the notification of ORV3-MONITORS-MIB that names the row and
-// its new status arrives, and the edit undone, the recovery arrives too.
+// snmptrapd receives what it sends, as SNMPv2c traps and as SNMPv3
+// INFORMs. A live edit of the machine file changes a status; the
+// notification of ORV3-MONITORS-MIB that names the row and its new status
+// arrives, and the edit undone, the recovery arrives too.
 //
 // The event MIB polls every 5 seconds of real time. The module's caches
 // would add their own periods (2 seconds for a table, more than 3 for the
@@ -17,6 +18,7 @@
 
 #include <ctime>
 #include <map>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -72,21 +74,42 @@ std::vector<std::string> notifyingConfig(const std::string &sinkLine)
             "monitor -I -r 5 -e orv3TestFirstPollDone \"orv3 test: first poll done\" .1.3.6.1.4.1.53917.11.1.1.3.1.0"};
 }
 
-std::string trapSinkTo(const TrapReceiver &receiver)
+// How the agent sends them: SNMPv2c traps, or SNMPv3 INFORMs (authPriv),
+// which the receiver acknowledges.
+enum class Delivery { Trap2c, InformV3 };
+
+void PrintTo(Delivery delivery, std::ostream *os)
 {
-    return "trap2sink " + receiver.address() + " public";
+    *os << (delivery == Delivery::Trap2c ? "SNMPv2c traps" : "SNMPv3 INFORMs");
 }
 
-std::string v3InformSinkTo(const TrapReceiver &receiver)
+std::string deliveryName(const ::testing::TestParamInfo<Delivery> &info)
 {
+    return info.param == Delivery::Trap2c ? "AsTraps" : "AsSnmpV3Informs";
+}
+
+std::vector<std::string> receiverConfig(Delivery delivery)
+{
+    if (delivery == Delivery::Trap2c)
+        return {"authCommunity log public"};
+    return {std::string("createUser ") + kNotifyUser + " SHA-256 \"" + kNotifyAuth + "\" AES \"" + kNotifyPriv + "\"",
+            std::string("authUser log ") + kNotifyUser + " priv"};
+}
+
+// The agent's line that names the receiver.
+std::string sinkLine(Delivery delivery, const TrapReceiver &receiver)
+{
+    if (delivery == Delivery::Trap2c)
+        return "trap2sink " + receiver.address() + " public";
     return std::string("trapsess -Ci -v 3 -u ") + kNotifyUser + " -l authPriv -a SHA-256 -A \"" + kNotifyAuth +
            "\" -x AES -X \"" + kNotifyPriv + "\" " + receiver.address();
 }
 
-std::vector<std::string> v3ReceiverConfig()
+// How snmptrapd reports the PDU.
+std::string seenAs(Delivery delivery)
 {
-    return {std::string("createUser ") + kNotifyUser + " SHA-256 \"" + kNotifyAuth + "\" AES \"" + kNotifyPriv + "\"",
-            std::string("authUser log ") + kNotifyUser + " priv"};
+    return delivery == Delivery::Trap2c ? "TRAP2, SNMP v2c, community public"
+                                        : "INFORM, SNMP v3, user orv3-notify, context ";
 }
 
 AgentOptions notifyingAgent(nlohmann::json machine, const std::string &sinkLine, long clockStart)
@@ -146,8 +169,6 @@ void expectNotification(const Notification &n, const std::string &trapOid, const
     EXPECT_EQ(n.varbinds[1].first, "1.3.6.1.6.3.1.1.4.1.0") << n.toString();
 }
 
-constexpr const char *kTrap2 = "TRAP2, SNMP v2c, community public";
-constexpr const char *kV3Inform = "INFORM, SNMP v3, user orv3-notify, context ";
 
 const Objects kFan1Critical = {{"1.3.6.1.4.1.53917.11.1.1.3.2.1.2.1", text("Fan 1A Tach")},
                                {"1.3.6.1.4.1.53917.11.1.1.3.2.1.10.1", text("Critical")}};
@@ -180,22 +201,23 @@ long now()
     return static_cast<long>(::time(nullptr));
 }
 
-TEST(Notifications, AFanGoingCriticalIsSentAsATrapWithItsNameAndStatusAndSoIsItsRecovery)
-{
-    TrapReceiver receiver;
+// Each test runs once with traps and once with SNMPv3 INFORMs.
+class Notifications : public ::testing::TestWithParam<Delivery> {
+protected:
+    TrapReceiver receiver{receiverConfig(GetParam())};
     long start = now();
-    Agent agent(notifyingAgent(sampleMachine(), trapSinkTo(receiver), start));
-    ASSERT_EQ(waitForFirstPoll(receiver), 0u) << receiver.logText();
-    failAndMendFan1(agent, start, receiver, kTrap2);
-}
 
-TEST(Notifications, AFanGoingCriticalIsSentAsAnSnmpV3InformAndSoIsItsRecovery)
+    std::string sink() const { return sinkLine(GetParam(), receiver); }
+    std::string delivery() const { return seenAs(GetParam()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, Notifications, ::testing::Values(Delivery::Trap2c, Delivery::InformV3), deliveryName);
+
+TEST_P(Notifications, AFanGoingCriticalIsSentWithItsNameAndStatusAndSoIsItsRecovery)
 {
-    TrapReceiver receiver(v3ReceiverConfig());
-    long start = now();
-    Agent agent(notifyingAgent(sampleMachine(), v3InformSinkTo(receiver), start));
+    Agent agent(notifyingAgent(sampleMachine(), sink(), start));
     ASSERT_EQ(waitForFirstPoll(receiver), 0u) << receiver.logText();
-    failAndMendFan1(agent, start, receiver, kV3Inform);
+    failAndMendFan1(agent, start, receiver, delivery());
 }
 
 // The master's first poll comes before its subagent has connected, and
@@ -205,14 +227,12 @@ TEST(Notifications, AFanGoingCriticalIsSentAsAnSnmpV3InformAndSoIsItsRecovery)
 // the sample machine (the health value, 8 fans, 9 voltages, 9
 // temperatures, 2 power supplies, 4 disks, 8 RAID drives for their state
 // and again for their health, 3 volumes). After that, one per change.
-TEST(Notifications, TheMasterOfTheAgentXSubagentAnnouncesEveryRowWhenItConnectsThenEachChange)
+TEST_P(Notifications, TheMasterOfTheAgentXSubagentAnnouncesEveryRowWhenItConnectsThenEachChange)
 {
-    TrapReceiver receiver;
-    long start = now();
     AgentOptions subagent;
     subagent.machineJson = sampleMachine().dump(1);
     subagent.clockStart = start;
-    AgentXPair pair(subagent, notifyingConfig(trapSinkTo(receiver)));
+    AgentXPair pair(subagent, notifyingConfig(sink()));
     waitForFirstPoll(receiver);
     const size_t everyRow = 52;
     auto announced = ourNotifications(receiver, everyRow);
@@ -221,16 +241,14 @@ TEST(Notifications, TheMasterOfTheAgentXSubagentAnnouncesEveryRowWhenItConnectsT
     for (const auto &n : announced)
         fans += n.trapOid() == kFanStatusChanged;
     EXPECT_EQ(fans, 8u);
-    failAndMendFan1(pair.subagent, start, receiver, kTrap2, everyRow);
+    failAndMendFan1(pair.subagent, start, receiver, delivery(), everyRow);
 }
 
-TEST(Notifications, ARaisedEventChangesTheHealthAndItsClearingIsTheRecovery)
+TEST_P(Notifications, ARaisedEventChangesTheHealthAndItsClearingIsTheRecovery)
 {
-    TrapReceiver receiver;
-    long start = now();
     nlohmann::json healthy = sampleMachine();
     healthy["events"] = nlohmann::json::array();
-    Agent agent(notifyingAgent(healthy, trapSinkTo(receiver), start));
+    Agent agent(notifyingAgent(healthy, sink(), start));
     ASSERT_EQ(waitForFirstPoll(receiver), 0u) << receiver.logText();
     Edits edits(agent, start);
 
@@ -240,21 +258,19 @@ TEST(Notifications, ARaisedEventChangesTheHealthAndItsClearingIsTheRecovery)
     auto received = ourNotifications(receiver, 1);
     if (received.size() == 1)
         expectNotification(received[0], kSystemHealthChanged, {{"1.3.6.1.4.1.53917.11.1.1.4.1.0", "INTEGER: 2"}},
-                           kTrap2);
+                           delivery());
 
     edits.serve(healthy);
     received = ourNotifications(receiver, 2);
     if (received.size() == 2)
         expectNotification(received[1], kSystemHealthChanged, {{"1.3.6.1.4.1.53917.11.1.1.4.1.0", "INTEGER: 255"}},
-                           kTrap2);
+                           delivery());
 }
 
-TEST(Notifications, ARaidDriveLeavingOnlineIsSentWithItsLabelStateAndHealth)
+TEST_P(Notifications, ARaidDriveLeavingOnlineIsSentWithItsLabelStateAndHealth)
 {
-    TrapReceiver receiver;
-    long start = now();
     nlohmann::json machine = sampleMachine();
-    Agent agent(notifyingAgent(machine, trapSinkTo(receiver), start));
+    Agent agent(notifyingAgent(machine, sink(), start));
     ASSERT_EQ(waitForFirstPoll(receiver), 0u) << receiver.logText();
     Edits edits(agent, start);
 
@@ -267,22 +283,20 @@ TEST(Notifications, ARaidDriveLeavingOnlineIsSentWithItsLabelStateAndHealth)
     const std::string health = "1.3.6.1.4.1.53917.11.1.1.13.1.3.1.11.1";
     if (received.size() == 1)
         expectNotification(received[0], kRaidDriveStatusChanged,
-                           {{label, text("Drive 0 ")}, {state, text("Failed")}, {health, text("Normal")}}, kTrap2);
+                           {{label, text("Drive 0 ")}, {state, text("Failed")}, {health, text("Normal")}}, delivery());
 
     machine["raid"]["drives"][0]["state"] = 6;
     edits.serve(machine);
     received = ourNotifications(receiver, 2);
     if (received.size() == 2)
         expectNotification(received[1], kRaidDriveStatusChanged,
-                           {{label, text("Drive 0 ")}, {state, text("Online")}, {health, text("Normal")}}, kTrap2);
+                           {{label, text("Drive 0 ")}, {state, text("Online")}, {health, text("Normal")}}, delivery());
 }
 
-TEST(Notifications, EveryOtherWatchedStatusIsSentWithTheRowsNameAndNewStatus)
+TEST_P(Notifications, EveryOtherWatchedStatusIsSentWithTheRowsNameAndNewStatus)
 {
-    TrapReceiver receiver;
-    long start = now();
     nlohmann::json machine = sampleMachine();
-    Agent agent(notifyingAgent(machine, trapSinkTo(receiver), start));
+    Agent agent(notifyingAgent(machine, sink(), start));
     ASSERT_EQ(waitForFirstPoll(receiver), 0u) << receiver.logText();
     Edits edits(agent, start);
 
@@ -299,7 +313,7 @@ TEST(Notifications, EveryOtherWatchedStatusIsSentWithTheRowsNameAndNewStatus)
     auto received = ourNotifications(receiver, 6);
     std::map<std::string, Objects> byNotification;
     for (const auto &n : received) {
-        EXPECT_EQ(n.delivery, kTrap2);
+        EXPECT_EQ(n.delivery, delivery());
         EXPECT_TRUE(byNotification.emplace(n.trapOid(), n.objects()).second) << "twice: " << n.toString();
     }
     const std::string drive = "1.3.6.1.4.1.53917.11.1.1.13.1.3.1.";
