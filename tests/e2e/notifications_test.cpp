@@ -121,7 +121,7 @@ AgentOptions notifyingAgent(nlohmann::json machine, const std::string &sinkLine,
     return options;
 }
 
-// The agent whose module a test edits: snmpd itself, or the AgentX
+// Edits of the machine that `module` serves: snmpd itself, or the AgentX
 // subagent of a master whose event MIB does the polling.
 class Edits {
 public:
@@ -168,7 +168,6 @@ void expectNotification(const Notification &n, const std::string &trapOid, const
     EXPECT_EQ(n.varbinds[0].first, "1.3.6.1.2.1.1.3.0") << n.toString();
     EXPECT_EQ(n.varbinds[1].first, "1.3.6.1.6.3.1.1.4.1.0") << n.toString();
 }
-
 
 const Objects kFan1Critical = {{"1.3.6.1.4.1.53917.11.1.1.3.2.1.2.1", text("Fan 1A Tach")},
                                {"1.3.6.1.4.1.53917.11.1.1.3.2.1.10.1", text("Critical")}};
