@@ -3,8 +3,7 @@
 // directory, its web interface and API on a free loopback TCP port.
 #pragma once
 
-#include "harness/child_process.h"
-#include "harness/snmp_exporter.h"
+#include "harness/http_service.h"
 
 #include <string>
 
@@ -26,7 +25,7 @@ public:
     PrometheusServer(const PrometheusServer &) = delete;
     PrometheusServer &operator=(const PrometheusServer &) = delete;
 
-    int port() const { return port_; }
+    int port() const { return service_.port(); }
     const std::string &dir() const { return dir_; }
     std::string configPath() const { return dir_ + "/prometheus.yml"; }
     // The server's log (its standard output and error).
@@ -37,13 +36,8 @@ public:
     HttpResponse get(const std::string &target) const;
 
 private:
-    void start();
-    bool spawn(std::string &error);
-    void stop();
-
     std::string dir_;
-    int port_ = 0;
-    ChildProcess process_;
+    HttpService service_;
 };
 
 } // namespace orv3::test

@@ -5,7 +5,7 @@
 // directory.
 #pragma once
 
-#include "harness/child_process.h"
+#include "harness/http_service.h"
 
 #include <chrono>
 #include <string>
@@ -18,21 +18,6 @@
 #endif
 
 namespace orv3::test {
-
-struct HttpResponse {
-    int status = 0; // the HTTP status code; 0 when no complete answer came
-    std::string body;
-    std::string error; // why there is no answer
-
-    bool ok() const { return status == 200; }
-};
-
-// One HTTP/1.0 GET of `target` ("/path?query") from 127.0.0.1:<port>, all of it
-// within `timeout`.
-HttpResponse httpGet(int port, const std::string &target, std::chrono::milliseconds timeout);
-
-// Picks a currently free TCP port on 127.0.0.1 (bind to port 0, read it, close).
-int pickFreeTcpPort();
 
 class SnmpExporter {
 public:
@@ -48,7 +33,7 @@ public:
     SnmpExporter(const SnmpExporter &) = delete;
     SnmpExporter &operator=(const SnmpExporter &) = delete;
 
-    int port() const { return port_; }
+    int port() const { return service_.port(); }
     const std::string &dir() const { return dir_; }
     std::string configPath() const { return dir_ + "/snmp.yml"; }
     // The exporter's log (its standard output and error).
@@ -61,12 +46,9 @@ public:
 private:
     void generateConfig();
     void start();
-    bool spawn(std::string &error);
-    void stop();
 
     std::string dir_;
-    int port_ = 0;
-    ChildProcess process_;
+    HttpService service_;
 };
 
 } // namespace orv3::test
