@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -257,10 +256,7 @@ Agent::Agent(AgentOptions options) : options_(std::move(options))
     try {
         start();
     } catch (...) {
-        if (pid_ > 0 && !exited_) {
-            ::kill(pid_, SIGKILL);
-            reap(true);
-        }
+        process_.stop(std::chrono::milliseconds(0));
         // The exception carries snmpd's output; the directory is kept only on request,
         // so that tests of start failures leave nothing behind.
         if (std::getenv("ORV3_E2E_KEEP")) {
@@ -322,10 +318,8 @@ void Agent::start()
         std::string all = stdoutText() + stderrText();
         bool portTaken =
             all.find("Error opening") != std::string::npos || all.find("Address already in use") != std::string::npos;
-        if (!portTaken || !exited_)
+        if (!portTaken || !process_.exited())
             break;
-        pid_ = -1;
-        exited_ = false;
     }
     std::string findings = scanSanitizerLogs();
     throw std::runtime_error("snmpd did not start (" + error + ") in " + dir_ + "\n--- snmpd.err ---\n" +
@@ -378,62 +372,21 @@ bool Agent::spawn(std::string &error)
     for (const auto &[k, v] : options_.env)
         env[k] = v;
 
-    std::vector<std::string> envStrings;
+    std::vector<std::string> environment;
     for (const auto &[k, v] : env)
-        envStrings.push_back(k + "=" + v);
-    std::vector<char *> argv, envp;
-    for (auto &a : args)
-        argv.push_back(a.data());
-    argv.push_back(nullptr);
-    for (auto &s : envStrings)
-        envp.push_back(s.data());
-    envp.push_back(nullptr);
+        environment.push_back(k + "=" + v);
 
+    // Each attempt's output alone, from empty files.
     std::string outPath = dir_ + "/snmpd.out", errPath = dir_ + "/snmpd.err";
-    int devnull = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    int outFd = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
-    int errFd = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
-    if (devnull < 0 || outFd < 0 || errFd < 0) {
-        error = std::string("cannot open output files: ") + std::strerror(errno);
-        for (int fd : {devnull, outFd, errFd}) {
-            if (fd >= 0)
-                ::close(fd);
-        }
-        return false;
-    }
+    writeFile(outPath, "");
+    writeFile(errPath, "");
     writeFile(dir_ + "/command", quoteArgs(args) + "\n");
-
-    pid_t parent = ::getpid();
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        // Child: only async-signal-safe calls from here on.
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL); // never outlive a crashed test binary
-        if (::getppid() != parent)
-            _exit(126);
-        ::dup2(devnull, 0);
-        ::dup2(outFd, 1);
-        ::dup2(errFd, 2);
-        ::close_range(3, ~0U, 0);
-        ::execve(argv[0], argv.data(), envp.data());
-        const char msg[] = "harness: execve failed\n";
-        ssize_t ignored = ::write(2, msg, sizeof msg - 1);
-        (void)ignored;
-        _exit(127);
-    }
-    int forkErrno = errno;
-    ::close(devnull);
-    ::close(outFd);
-    ::close(errFd);
-    if (pid < 0) {
-        error = std::string("fork: ") + std::strerror(forkErrno);
+    try {
+        process_.launch(args, outPath, errPath, ".", environment);
+    } catch (const std::exception &e) {
+        error = e.what();
         return false;
     }
-    pid_ = pid;
-    exited_ = false;
-    signalled_ = false;
 
     // Wait for an answer to GET sysUpTime; probe timeouts grow so that a slow
     // (sanitized) agent still gets a chance to answer one of them.
@@ -441,8 +394,8 @@ bool Agent::spawn(std::string &error)
     long probeTimeoutUs = 10000;
     SnmpClient probe(port_, "public", probeTimeoutUs, 0);
     while (true) {
-        if (reap(false)) {
-            error = "snmpd " + describeExit() + " during start-up";
+        if (process_.exited()) {
+            error = "snmpd " + process_.describeExit() + " during start-up";
             return false;
         }
         // A subagent is ready once its master answers for the module.
@@ -495,73 +448,28 @@ bool Agent::spawn(std::string &error)
     }
 }
 
-bool Agent::reap(bool block)
-{
-    if (pid_ <= 0)
-        return false;
-    if (exited_)
-        return true;
-    while (true) {
-        int status = 0;
-        pid_t r = ::waitpid(pid_, &status, block ? 0 : WNOHANG);
-        if (r == pid_) {
-            exited_ = true;
-            waitStatus_ = status;
-            return true;
-        }
-        if (r < 0 && errno == EINTR)
-            continue;
-        return false;
-    }
-}
-
 bool Agent::running()
 {
-    return pid_ > 0 && !reap(false);
-}
-
-std::string Agent::describeExit() const
-{
-    if (WIFEXITED(waitStatus_))
-        return "exited with code " + std::to_string(WEXITSTATUS(waitStatus_));
-    if (WIFSIGNALED(waitStatus_)) {
-        int sig = WTERMSIG(waitStatus_);
-        const char *name = ::sigabbrev_np(sig);
-        return "was killed by signal " + std::to_string(sig) + (name ? std::string(" (SIG") + name + ")" : "") +
-               (WCOREDUMP(waitStatus_) ? ", core dumped" : "");
-    }
-    return "ended with wait status " + std::to_string(waitStatus_);
+    return process_.started() && !process_.exited();
 }
 
 void Agent::stop()
 {
-    if (stopped_ || pid_ <= 0)
+    if (stopped_ || !process_.started())
         return;
     stopped_ = true;
 
-    bool earlyExit = reap(false);
-    bool hung = false;
-    if (!exited_) {
-        ::kill(pid_, SIGTERM);
-        signalled_ = true;
-        auto deadline = Clock::now() + kStopTimeout;
-        while (!reap(false) && Clock::now() < deadline)
-            sleepPoll();
-        if (!exited_) {
-            hung = true;
-            ::kill(pid_, SIGKILL);
-            reap(true);
-        }
-    }
+    bool earlyExit = process_.exited();
+    bool hung = !earlyExit && !process_.stop(kStopTimeout);
 
     // One failure per agent, with everything that went wrong.
     std::string problems;
     if (earlyExit) {
-        problems += "snmpd " + describeExit() + " before the harness stopped it\n";
+        problems += "snmpd " + process_.describeExit() + " before the harness stopped it\n";
     } else if (hung) {
         problems += "snmpd did not exit within " + std::to_string(kStopTimeout.count()) + " ms of SIGTERM; killed\n";
-    } else if (WIFSIGNALED(waitStatus_) && WTERMSIG(waitStatus_) != SIGTERM) {
-        problems += "snmpd " + describeExit() + " while shutting down\n";
+    } else if (WIFSIGNALED(process_.waitStatus()) && WTERMSIG(process_.waitStatus()) != SIGTERM) {
+        problems += "snmpd " + process_.describeExit() + " while shutting down\n";
     }
     findings_ = scanSanitizerLogs();
     if (!findings_.empty())
@@ -575,7 +483,8 @@ void Agent::stop()
 
 std::string Agent::sanitizerFindings() const
 {
-    return stopped_ && exited_ ? findings_ : scanSanitizerLogs();
+    // stop() leaves the agent exited and its findings read.
+    return stopped_ ? findings_ : scanSanitizerLogs();
 }
 
 std::string Agent::scanSanitizerLogs() const

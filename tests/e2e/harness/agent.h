@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "harness/child_process.h"
 #include "harness/snmp_client.h"
 
 // Build facts; CMake passes the real values as compile definitions.
@@ -98,7 +99,7 @@ public:
 
     int port() const { return port_; }
     const std::string &dir() const { return dir_; }
-    pid_t pid() const { return pid_; }
+    pid_t pid() const { return process_.pid(); }
     // True while the snmpd process has not exited.
     bool running();
 
@@ -151,24 +152,19 @@ public:
     // written so far; after stop() it returns what stop() found.
     std::string sanitizerFindings() const;
     // Raw wait status of snmpd after it exited (valid once running() is false).
-    int waitStatus() const { return waitStatus_; }
+    int waitStatus() const { return process_.waitStatus(); }
 
 private:
     void start();
     bool spawn(std::string &error);
-    bool reap(bool block);
-    std::string describeExit() const;
     std::string scanSanitizerLogs() const;
     void writeAtomically(const std::string &path, const std::string &contents);
 
     AgentOptions options_;
     std::string dir_;
     int port_ = 0;
-    pid_t pid_ = -1;
-    bool exited_ = false;
+    ChildProcess process_;
     bool stopped_ = false;
-    bool signalled_ = false; // we sent a signal
-    int waitStatus_ = 0;
     std::string findings_;
     unsigned long writeCounter_ = 0;
     long lastMachineMtime_ = 0;

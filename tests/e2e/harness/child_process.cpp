@@ -39,14 +39,7 @@ ChildProcess::~ChildProcess()
 void ChildProcess::start(const std::vector<std::string> &args, const std::string &logPath,
                          const std::string &workDir, const std::vector<std::string> &env)
 {
-    std::vector<std::string> argStrings = args;
-    std::vector<char *> argv;
-    for (auto &a : argStrings)
-        argv.push_back(a.data());
-    argv.push_back(nullptr);
-
-    // Built before fork(): the child may only make async-signal-safe calls.
-    std::vector<std::string> envStrings = env;
+    std::vector<std::string> environment = env;
     for (char **e = environ; *e; ++e) {
         std::string_view entry(*e);
         std::string_view name = entry.substr(0, entry.find('='));
@@ -55,22 +48,38 @@ void ChildProcess::start(const std::vector<std::string> &args, const std::string
             replaced = replaced || (own.size() > name.size() && own.compare(0, name.size(), name) == 0 &&
                                     own[name.size()] == '=');
         if (!replaced)
-            envStrings.emplace_back(entry);
+            environment.emplace_back(entry);
     }
-    std::vector<char *> envp;
+    launch(args, logPath, logPath, workDir, environment);
+}
+
+void ChildProcess::launch(const std::vector<std::string> &args, const std::string &outPath,
+                          const std::string &errPath, const std::string &workDir,
+                          const std::vector<std::string> &environment)
+{
+    // Built before fork(): the child may only make async-signal-safe calls.
+    std::vector<std::string> argStrings = args, envStrings = environment;
+    std::vector<char *> argv, envp;
+    for (auto &a : argStrings)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
     for (auto &e : envStrings)
         envp.push_back(e.data());
     envp.push_back(nullptr);
 
     int devnull = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    int logFd = ::open(logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (devnull < 0 || logFd < 0) {
-        int e = errno;
-        for (int fd : {devnull, logFd}) {
+    int outFd = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    int errFd = errPath == outPath ? outFd : ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    auto closeAll = [&] {
+        for (int fd : {devnull, outFd, errFd == outFd ? -1 : errFd}) {
             if (fd >= 0)
                 ::close(fd);
         }
-        throw std::runtime_error("cannot open " + logPath + ": " + std::strerror(e));
+    };
+    if (devnull < 0 || outFd < 0 || errFd < 0) {
+        int e = errno;
+        closeAll();
+        throw std::runtime_error("cannot open " + outPath + " or " + errPath + ": " + std::strerror(e));
     }
     pid_t parent = ::getpid();
     pid_t pid = ::fork();
@@ -79,14 +88,14 @@ void ChildProcess::start(const std::vector<std::string> &args, const std::string
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL); // never outlive a crashed test binary
         if (::getppid() != parent)
             _exit(126);
         if (::chdir(workDir.c_str()) != 0)
             _exit(126);
         ::dup2(devnull, 0);
-        ::dup2(logFd, 1);
-        ::dup2(logFd, 2);
+        ::dup2(outFd, 1);
+        ::dup2(errFd, 2);
         ::close_range(3, ~0U, 0);
         ::execve(argv[0], argv.data(), envp.data());
         const char msg[] = "harness: execve failed\n";
@@ -95,8 +104,7 @@ void ChildProcess::start(const std::vector<std::string> &args, const std::string
         _exit(127);
     }
     int forkErrno = errno;
-    ::close(devnull);
-    ::close(logFd);
+    closeAll();
     if (pid < 0)
         throw std::runtime_error(std::string("fork: ") + std::strerror(forkErrno));
     pid_ = pid;
@@ -154,8 +162,12 @@ std::string ChildProcess::describeExit() const
 {
     if (WIFEXITED(waitStatus_))
         return "exited with code " + std::to_string(WEXITSTATUS(waitStatus_));
-    if (WIFSIGNALED(waitStatus_))
-        return "was killed by signal " + std::to_string(WTERMSIG(waitStatus_));
+    if (WIFSIGNALED(waitStatus_)) {
+        int sig = WTERMSIG(waitStatus_);
+        const char *name = ::sigabbrev_np(sig);
+        return "was killed by signal " + std::to_string(sig) + (name ? std::string(" (SIG") + name + ")" : "") +
+               (WCOREDUMP(waitStatus_) ? ", core dumped" : "");
+    }
     return "ended with wait status " + std::to_string(waitStatus_);
 }
 

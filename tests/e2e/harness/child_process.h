@@ -26,6 +26,11 @@ public:
     // of that name). Throws std::runtime_error when it cannot fork.
     void start(const std::vector<std::string> &args, const std::string &logPath, const std::string &workDir,
                const std::vector<std::string> &env = {});
+    // The same with standard output and error appended to files of their
+    // own (or one, when the paths are equal), and `environment` ("NAME=value")
+    // as the child's whole environment.
+    void launch(const std::vector<std::string> &args, const std::string &outPath, const std::string &errPath,
+                const std::string &workDir, const std::vector<std::string> &environment);
     // True once the child has exited (reaped without blocking).
     bool exited();
     // Waits up to `timeout` for the child to exit by itself; true when it has.
@@ -36,7 +41,7 @@ public:
     bool started() const { return pid_ > 0; }
     pid_t pid() const { return pid_; }
     int waitStatus() const { return waitStatus_; }
-    // "exited with code 1", "was killed by signal 9", ...
+    // "exited with code 1", "was killed by signal 11 (SIGSEGV), core dumped", ...
     std::string describeExit() const;
 
 private:
