@@ -23,6 +23,7 @@ import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from identities import personalize  # noqa: E402
+from states import agent_machine  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 MODULE = os.path.join(ROOT, "build", "lib", "liborv3_monitors.so")
@@ -94,7 +95,7 @@ def write_atomically(path, text):
     os.replace(path + ".new", path)
 
 
-def start_agent(directory, number, machine, port):
+def start_agent(directory, number, machine, port, platform):
     here = agent_dir(directory, number)
     for sub in ("persist/cert_indexes", "conf", "home"):
         os.makedirs(os.path.join(here, sub), exist_ok=True)
@@ -106,7 +107,7 @@ def start_agent(directory, number, machine, port):
                      "dlmod snmp_module_monitors %s\n" % MODULE)
     environment = dict(os.environ, LD_PRELOAD=SIMULATOR, ORV3_SIM_MACHINE=os.path.join(here, "machine.json"),
                        SNMP_PERSISTENT_DIR=os.path.join(here, "persist"), SNMPCONFPATH=os.path.join(here, "conf"),
-                       HOME=os.path.join(here, "home"), MIBS="")
+                       HOME=os.path.join(here, "home"), MIBS="", **platform)
     with open(os.path.join(here, "snmpd.log"), "w") as log:
         process = subprocess.Popen(
             [SNMPD, "-f", "-C", "-c", os.path.join(here, "snmpd.conf"), "-I", QUIET_MODULES, "-Lo",
@@ -149,11 +150,13 @@ def start(args):
     agents = []
     begun = time.monotonic()
     for number, port in enumerate(ports):
-        machine = personalize(base, args.seed, number)
-        pid = start_agent(directory, number, machine, port)
+        machine, condition, variant, platform = agent_machine(base, args.seed, number)
+        machine = personalize(machine, args.seed, number)
+        pid = start_agent(directory, number, machine, port, platform)
         agents.append({"number": number, "port": port, "pid": pid,
                        "serial": machine["store"]["s/vpd/machine/serialNo"],
-                       "name": "agent-%04d" % number})
+                       "name": "agent-%04d" % number, "condition": condition, "variant": variant,
+                       "environment": platform})
     write_atomically(fleet_file(directory), json.dumps(
         {"seed": args.seed, "machine": os.path.abspath(args.machine), "basePort": args.base_port,
          "agents": agents}, indent=1))
@@ -192,7 +195,8 @@ def status(args):
     for agent in fleet["agents"]:
         state = "answering" if answers(agent["port"], 0.5) else ("running" if alive(agent["pid"]) else "gone")
         up += state == "answering"
-        print("%-10s 127.0.0.1:%-5d %-10s %s" % (agent["name"], agent["port"], agent["serial"], state))
+        print("%-10s 127.0.0.1:%-5d %-10s %-10s %-18s %s" % (agent["name"], agent["port"], agent["serial"], state,
+                                                           agent["condition"], agent["variant"]))
     # For monitoring systems: Prometheus file_sd targets, and plain address:port lines.
     targets = [{"targets": ["127.0.0.1:%d" % a["port"]], "labels": {"serial": a["serial"], "name": a["name"]}}
                for a in fleet["agents"]]
