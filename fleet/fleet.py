@@ -4,7 +4,12 @@ description on its own loopback port, with its own net-snmp state.
 
     fleet.py start --count N [--seed S] [--base-port P] [--machine FILE]
     fleet.py status
+    fleet.py edit AGENT CHANGE...
     fleet.py stop
+
+CHANGE is a JSON object (fleet/changes.py lists them), for example
+'{"fan": 3, "status": "Critical"}'. A scenario (--scenario FILE) is a
+timeline of such changes (docs/fleet.md).
 
 Everything a fleet has lives in its directory (--dir, default
 $TMPDIR/orv3-fleet): fleet.json (what was started), and one directory per
@@ -14,6 +19,7 @@ agent with its machine file, configuration, state and log.
 import argparse
 import concurrent.futures
 import json
+import random
 import os
 import signal
 import socket
@@ -24,6 +30,7 @@ import time
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from identities import personalize  # noqa: E402
 from states import agent_machine  # noqa: E402
+import changes  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 MODULE = os.path.join(ROOT, "build", "lib", "liborv3_monitors.so")
@@ -145,13 +152,19 @@ def start(args):
             raise FleetError("%s is not built (scripts/fleet builds it)" % path)
     with open(args.machine) as f:
         base = json.load(f)
+    steps = load_scenario(args.scenario, args.count) if args.scenario else None
+
+    begun = time.monotonic()
+    planned = []
+    for number in range(args.count):
+        machine, condition, variant, platform = agent_machine(base, args.seed, number)
+        planned.append((personalize(machine, args.seed, number), condition, variant, platform))
+    if steps:
+        check_scenario_changes(args.scenario, steps, [p[0] for p in planned])
 
     os.makedirs(os.path.join(directory, "agents"), exist_ok=True)
     agents = []
-    begun = time.monotonic()
-    for number, port in enumerate(ports):
-        machine, condition, variant, platform = agent_machine(base, args.seed, number)
-        machine = personalize(machine, args.seed, number)
+    for (number, port), (machine, condition, variant, platform) in zip(enumerate(ports), planned):
         pid = start_agent(directory, number, machine, port, platform)
         agents.append({"number": number, "port": port, "pid": pid,
                        "serial": machine["store"]["s/vpd/machine/serialNo"],
@@ -185,6 +198,17 @@ def start(args):
             len(pending), args.timeout, pending[0]["number"], pending[0]["port"]))
     print("fleet of %d agents on 127.0.0.1:%d-%d answering after %.1f s (seed %d, %s)" % (
         len(agents), ports[0], ports[-1], time.monotonic() - begun, args.seed, directory))
+    if steps:
+        with open(os.path.join(directory, "scenario.out"), "w") as out:
+            runner = subprocess.Popen([sys.executable, os.path.abspath(__file__), "--dir", directory, "run-scenario",
+                                       os.path.abspath(args.scenario)],
+                                      stdin=subprocess.DEVNULL, stdout=out, stderr=subprocess.STDOUT,
+                                      start_new_session=True)
+        fleet = read_fleet(directory)
+        fleet["scenarioPid"] = runner.pid
+        write_atomically(fleet_file(directory), json.dumps(fleet, indent=1))
+        print("scenario %s running from now; each change is logged in %s" % (
+            args.scenario, os.path.join(directory, "scenario.log")))
 
 
 def status(args):
@@ -213,6 +237,8 @@ def stop(args):
         print("no fleet in %s" % args.dir)
         return
     pids = [a["pid"] for a in fleet["agents"] if alive(a["pid"])]
+    if fleet.get("scenarioPid") and alive(fleet["scenarioPid"]):
+        pids.append(fleet["scenarioPid"])
     for pid in pids:
         os.kill(pid, signal.SIGTERM)
     deadline = time.monotonic() + 10
@@ -225,6 +251,111 @@ def stop(args):
     print("stopped %d agents and removed %s" % (len(pids), args.dir))
 
 
+def machine_path(directory, number):
+    return os.path.join(agent_dir(directory, number), "machine.json")
+
+
+def edit_agent(directory, number, change_list):
+    """Applies the changes to agent `number`'s machine file in one replace."""
+    path = machine_path(directory, number)
+    with open(path) as f:
+        machine = json.load(f)
+    for change in change_list:
+        changes.apply(machine, change)
+    write_atomically(path, json.dumps(machine, indent=1))
+
+
+def edit(args):
+    fleet = read_fleet(args.dir)
+    if not fleet:
+        raise FleetError("no fleet in %s" % args.dir)
+    if not 0 <= args.agent < len(fleet["agents"]):
+        raise FleetError("no agent %d: the fleet has agents 0 to %d" % (args.agent, len(fleet["agents"]) - 1))
+    try:
+        change_list = [json.loads(text) for text in args.changes]
+        edit_agent(args.dir, args.agent, change_list)
+    except json.JSONDecodeError as error:
+        raise FleetError("a change is not JSON: %s" % error)
+    except changes.ChangeError as error:
+        raise FleetError("agent %d: %s; nothing changed" % (args.agent, error))
+    print("agent %d: %s" % (args.agent, "; ".join(changes.describe(c) for c in change_list)))
+
+
+def load_scenario(path, count):
+    """The scenario's steps, checked against a fleet of `count` agents;
+    FleetError names the first thing wrong, with its step."""
+    try:
+        with open(path) as f:
+            scenario = json.load(f)
+    except OSError as error:
+        raise FleetError("cannot read the scenario %s: %s" % (path, error.strerror))
+    except json.JSONDecodeError as error:
+        raise FleetError("%s:%d: %s" % (path, error.lineno, error.msg))
+    steps = scenario.get("steps") if isinstance(scenario, dict) else None
+    if not isinstance(steps, list) or not steps:
+        raise FleetError("%s: needs a non-empty \"steps\" list" % path)
+    for n, step in enumerate(steps, 1):
+        where = "%s: step %d" % (path, n)
+        if not isinstance(step, dict):
+            raise FleetError("%s: is not an object" % where)
+        timing = [k for k in ("at", "every") if k in step]
+        if len(timing) != 1 or not isinstance(step[timing[0]], (int, float)) or step[timing[0]] < 0 or \
+                (timing[0] == "every" and step["every"] <= 0):
+            raise FleetError("%s: needs \"at\" (seconds from the start) or \"every\" (seconds, above 0)" % where)
+        agent = step.get("agent")
+        if agent != "random" and (not isinstance(agent, int) or isinstance(agent, bool) or not 0 <= agent < count):
+            raise FleetError("%s: agent %r does not exist (the fleet has agents 0 to %d, or \"random\")"
+                             % (where, agent, count - 1))
+        if "change" not in step:
+            raise FleetError("%s: needs a \"change\"" % where)
+    return steps
+
+
+def check_scenario_changes(path, steps, machines):
+    """Tries every step's change on a copy of its agent's machine (every
+    agent's for a random one), so that a change that cannot apply is found
+    before the fleet starts."""
+    for n, step in enumerate(steps, 1):
+        numbers = [step["agent"]] if step["agent"] != "random" else range(len(machines))
+        for number in numbers:
+            try:
+                changes.apply(json.loads(json.dumps(machines[number])), step["change"])
+            except changes.ChangeError as error:
+                raise FleetError("%s: step %d, agent %d: %s" % (path, n, number, error))
+
+
+def run_scenario(args):
+    """Applies the scenario's steps on time, logging each with the time it
+    was made (scenario.log); runs until the fleet is stopped."""
+    fleet = read_fleet(args.dir)
+    steps = load_scenario(args.scenario, len(fleet["agents"]))
+    rng = random.Random("%d/scenario" % fleet["seed"])
+    begun = time.time()
+    schedule = []
+    for n, step in enumerate(steps):
+        schedule.append([step.get("at", step.get("every")), n])
+    log = open(os.path.join(args.dir, "scenario.log"), "a", buffering=1)
+    while schedule:
+        schedule.sort()
+        due, n = schedule[0]
+        time.sleep(max(0.0, begun + due - time.time()))
+        step = steps[n]
+        agent = step["agent"] if step["agent"] != "random" else rng.randrange(len(fleet["agents"]))
+        try:
+            edit_agent(args.dir, agent, [step["change"]])
+            outcome = changes.describe(step["change"])
+        except (changes.ChangeError, OSError) as error:
+            outcome = "not made: %s" % error
+        made = time.time()
+        log.write("%s +%.1f s agent %d: %s\n" % (
+            time.strftime("%Y-%m-%dT%H:%M:%S", time.gmtime(made)) + ".%03dZ" % int(made % 1 * 1000),
+            made - begun, agent, outcome))
+        if "every" in step:
+            schedule[0][0] += step["every"]
+        else:
+            schedule.pop(0)
+
+
 def main():
     parser = argparse.ArgumentParser(prog="scripts/fleet", description=__doc__.split("\n\n")[0])
     parser.add_argument("--dir", default=os.path.join(os.environ.get("TMPDIR", "/tmp"), "orv3-fleet"))
@@ -235,11 +366,18 @@ def main():
     begin.add_argument("--base-port", type=int, default=20000)
     begin.add_argument("--machine", default=os.path.join(ROOT, "machines", "sample.json"))
     begin.add_argument("--timeout", type=int, default=120)
+    begin.add_argument("--scenario")
     commands.add_parser("status")
+    change = commands.add_parser("edit")
+    change.add_argument("agent", type=int)
+    change.add_argument("changes", nargs="+")
     commands.add_parser("stop")
+    runner = commands.add_parser("run-scenario")
+    runner.add_argument("scenario")
     args = parser.parse_args()
     try:
-        {"start": start, "status": status, "stop": stop}[args.command](args)
+        {"start": start, "status": status, "edit": edit, "stop": stop,
+         "run-scenario": run_scenario}[args.command](args)
     except FleetError as error:
         print("error: %s" % error, file=sys.stderr)
         sys.exit(1)
