@@ -33,9 +33,12 @@ from states import agent_machine  # noqa: E402
 import changes  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-MODULE = os.path.join(ROOT, "build", "lib", "liborv3_monitors.so")
-SIMULATOR = os.path.join(ROOT, "build", "lib", "liborv3_platform_sim.so")
 SNMPD = "/usr/sbin/snmpd"
+
+
+def built(args, name):
+    """A library of the build the fleet runs (--build, default build/)."""
+    return os.path.join(args.build, "lib", name)
 # The MIB modules of snmpd that an agent of a fleet leaves out: SMUX (whose
 # port 199 only one agent could have) and the ones that reread /proc on a
 # timer whether asked or not (interfaces, disk I/O, CPU statistics): idle,
@@ -102,7 +105,8 @@ def write_atomically(path, text):
     os.replace(path + ".new", path)
 
 
-def start_agent(directory, number, machine, port, platform):
+def start_agent(args, number, machine, port, platform):
+    directory = args.dir
     here = agent_dir(directory, number)
     for sub in ("persist/cert_indexes", "conf", "home"):
         os.makedirs(os.path.join(here, sub), exist_ok=True)
@@ -111,10 +115,16 @@ def start_agent(directory, number, machine, port, platform):
                      "rocommunity public 127.0.0.1\n"
                      "rwcommunity private 127.0.0.1\n"
                      "dontLogTCPWrappersConnects yes\n"
-                     "dlmod snmp_module_monitors %s\n" % MODULE)
-    environment = dict(os.environ, LD_PRELOAD=SIMULATOR, ORV3_SIM_MACHINE=os.path.join(here, "machine.json"),
+                     "dlmod snmp_module_monitors %s\n" % built(args, "liborv3_monitors.so"))
+    # A build with the sanitizers names their runtime in ORV3_FLEET_PRELOAD:
+    # it must come first into snmpd, before the simulator.
+    preload = ":".join(filter(None, [os.environ.get("ORV3_FLEET_PRELOAD"), built(args, "liborv3_platform_sim.so")]))
+    sanitizer_logs = {"ASAN_OPTIONS": "log_path=%s/asan:detect_leaks=1" % here,
+                      "UBSAN_OPTIONS": "print_stacktrace=1:log_path=%s/ubsan" % here} \
+        if os.environ.get("ORV3_FLEET_PRELOAD") else {}
+    environment = dict(os.environ, LD_PRELOAD=preload, ORV3_SIM_MACHINE=os.path.join(here, "machine.json"),
                        SNMP_PERSISTENT_DIR=os.path.join(here, "persist"), SNMPCONFPATH=os.path.join(here, "conf"),
-                       HOME=os.path.join(here, "home"), MIBS="", **platform)
+                       HOME=os.path.join(here, "home"), MIBS="", **sanitizer_logs, **platform)
     with open(os.path.join(here, "snmpd.log"), "w") as log:
         process = subprocess.Popen(
             [SNMPD, "-f", "-C", "-c", os.path.join(here, "snmpd.conf"), "-I", QUIET_MODULES, "-Lo",
@@ -147,7 +157,7 @@ def start(args):
     if taken:
         raise FleetError("port %d on 127.0.0.1 is in use (%d of the ports %d to %d are); choose another --base-port"
                          % (taken[0], len(taken), ports[0], ports[-1]))
-    for path in (MODULE, SIMULATOR):
+    for path in (built(args, "liborv3_monitors.so"), built(args, "liborv3_platform_sim.so")):
         if not os.path.exists(path):
             raise FleetError("%s is not built (scripts/fleet builds it)" % path)
     with open(args.machine) as f:
@@ -165,7 +175,7 @@ def start(args):
     os.makedirs(os.path.join(directory, "agents"), exist_ok=True)
     agents = []
     for (number, port), (machine, condition, variant, platform) in zip(enumerate(ports), planned):
-        pid = start_agent(directory, number, machine, port, platform)
+        pid = start_agent(args, number, machine, port, platform)
         agents.append({"number": number, "port": port, "pid": pid,
                        "serial": machine["store"]["s/vpd/machine/serialNo"],
                        "name": "agent-%04d" % number, "condition": condition, "variant": variant,
@@ -359,6 +369,8 @@ def run_scenario(args):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/fleet", description=__doc__.split("\n\n")[0])
     parser.add_argument("--dir", default=os.path.join(os.environ.get("TMPDIR", "/tmp"), "orv3-fleet"))
+    parser.add_argument("--build", default=os.path.join(ROOT, "build"),
+                        help="the build directory whose module and simulator the agents load")
     commands = parser.add_subparsers(dest="command", required=True)
     begin = commands.add_parser("start")
     begin.add_argument("--count", type=int, required=True)

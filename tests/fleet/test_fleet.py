@@ -17,7 +17,10 @@ import time
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-FLEET = [sys.executable, os.path.join(ROOT, "fleet", "fleet.py")]
+# The build whose module and simulator the agents load: ORV3_FLEET_BUILD
+# (ctest passes its own), else build/.
+FLEET = [sys.executable, os.path.join(ROOT, "fleet", "fleet.py"), "--build",
+         os.environ.get("ORV3_FLEET_BUILD", os.path.join(ROOT, "build"))]
 COUNT = int(os.environ.get("ORV3_FLEET_TEST_COUNT", "20"))
 
 SERIAL = "1.3.6.1.4.1.53917.11.1.1.5.2.1.3.0"
