@@ -2,7 +2,8 @@
 snmpd with the unchanged module and the simulator, serving its own machine
 description on its own loopback port, with its own net-snmp state.
 
-    fleet.py start --count N [--seed S] [--base-port P] [--machine FILE]
+    fleet.py start --count N [--seed S] [--base-port P] [--address-per-agent]
+                   [--machine FILE] [--scenario FILE]
     fleet.py status
     fleet.py edit AGENT CHANGE...
     fleet.py stop
@@ -18,6 +19,8 @@ agent with its machine file, configuration, state and log.
 
 import argparse
 import concurrent.futures
+import glob
+import ipaddress
 import json
 import random
 import os
@@ -79,20 +82,40 @@ def alive(pid):
         return False
 
 
-def port_free(port):
+# With --address-per-agent, agent n listens on the (n+1)th address of this
+# block, every agent on the same port: monitoring tools that key devices by
+# address see a thousand devices. Linux routes all of 127.0.0.0/8 to the
+# loopback interface, so no address needs configuring.
+AGENT_ADDRESSES = ipaddress.ip_network("127.1.0.0/16")
+
+
+def agent_endpoints(args):
+    """(address, port) of each agent to start."""
+    if args.address_per_agent:
+        if args.count > AGENT_ADDRESSES.num_addresses - 2:
+            raise FleetError("--address-per-agent serves at most %d agents" % (AGENT_ADDRESSES.num_addresses - 2))
+        return [(str(AGENT_ADDRESSES[k + 1]), args.base_port) for k in range(args.count)]
+    return [("127.0.0.1", args.base_port + k) for k in range(args.count)]
+
+
+def endpoint(agent):
+    return "%s:%d" % (agent["address"], agent["port"])
+
+
+def port_free(address, port):
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
         try:
-            probe.bind(("127.0.0.1", port))
+            probe.bind((address, port))
         except OSError:
             return False
     return True
 
 
-def answers(port, timeout):
+def answers(agent, timeout):
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as client:
         client.settimeout(timeout)
         try:
-            client.sendto(_GET_SYSUPTIME, ("127.0.0.1", port))
+            client.sendto(_GET_SYSUPTIME, (agent["address"], agent["port"]))
             client.recvfrom(4096)
             return True
         except OSError:
@@ -105,15 +128,15 @@ def write_atomically(path, text):
     os.replace(path + ".new", path)
 
 
-def start_agent(args, number, machine, port, platform):
+def start_agent(args, number, machine, address, port, platform):
     directory = args.dir
     here = agent_dir(directory, number)
     for sub in ("persist/cert_indexes", "conf", "home"):
         os.makedirs(os.path.join(here, sub), exist_ok=True)
     write_atomically(os.path.join(here, "machine.json"), json.dumps(machine, indent=1))
     write_atomically(os.path.join(here, "snmpd.conf"),
-                     "rocommunity public 127.0.0.1\n"
-                     "rwcommunity private 127.0.0.1\n"
+                     "rocommunity public 127.0.0.0/8\n"
+                     "rwcommunity private 127.0.0.0/8\n"
                      "dontLogTCPWrappersConnects yes\n"
                      "dlmod snmp_module_monitors %s\n" % built(args, "liborv3_monitors.so"))
     # A build with the sanitizers names their runtime in ORV3_FLEET_PRELOAD:
@@ -128,7 +151,7 @@ def start_agent(args, number, machine, port, platform):
     with open(os.path.join(here, "snmpd.log"), "w") as log:
         process = subprocess.Popen(
             [SNMPD, "-f", "-C", "-c", os.path.join(here, "snmpd.conf"), "-I", QUIET_MODULES, "-Lo",
-             "udp:127.0.0.1:%d" % port],
+             "udp:%s:%d" % (address, port)],
             env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT,
             start_new_session=True)
     return process.pid
@@ -150,13 +173,13 @@ def start(args):
                          % (len(running["agents"]), directory))
     if args.count < 1:
         raise FleetError("--count must be at least 1")
-    ports = [args.base_port + k for k in range(args.count)]
-    if ports[-1] > 65535:
-        raise FleetError("ports %d to %d: the last is beyond 65535" % (ports[0], ports[-1]))
-    taken = [p for p in ports if not port_free(p)]
+    endpoints = agent_endpoints(args)
+    if endpoints[-1][1] > 65535:
+        raise FleetError("ports %d to %d: the last is beyond 65535" % (endpoints[0][1], endpoints[-1][1]))
+    taken = [e for e in endpoints if not port_free(*e)]
     if taken:
-        raise FleetError("port %d on 127.0.0.1 is in use (%d of the ports %d to %d are); choose another --base-port"
-                         % (taken[0], len(taken), ports[0], ports[-1]))
+        raise FleetError("port %d on %s is in use (%d of the fleet's %d endpoints are); choose another --base-port"
+                         % (taken[0][1], taken[0][0], len(taken), len(endpoints)))
     for path in (built(args, "liborv3_monitors.so"), built(args, "liborv3_platform_sim.so")):
         if not os.path.exists(path):
             raise FleetError("%s is not built (scripts/fleet builds it)" % path)
@@ -174,9 +197,9 @@ def start(args):
 
     os.makedirs(os.path.join(directory, "agents"), exist_ok=True)
     agents = []
-    for (number, port), (machine, condition, variant, platform) in zip(enumerate(ports), planned):
-        pid = start_agent(args, number, machine, port, platform)
-        agents.append({"number": number, "port": port, "pid": pid,
+    for (number, (address, port)), (machine, condition, variant, platform) in zip(enumerate(endpoints), planned):
+        pid = start_agent(args, number, machine, address, port, platform)
+        agents.append({"number": number, "address": address, "port": port, "pid": pid,
                        "serial": machine["store"]["s/vpd/machine/serialNo"],
                        "name": "agent-%04d" % number, "condition": condition, "variant": variant,
                        "environment": platform})
@@ -190,24 +213,24 @@ def start(args):
     deadline = time.monotonic() + args.timeout
     with concurrent.futures.ThreadPoolExecutor(max_workers=64) as pool:
         while pending and time.monotonic() < deadline:
-            results = list(pool.map(lambda a: answers(a["port"], 0.5), pending))
+            results = list(pool.map(lambda a: answers(a, 0.5), pending))
             still = []
             for agent, ok in zip(pending, results):
                 if ok:
                     answered += 1
                 elif not alive(agent["pid"]):
-                    raise FleetError("agent %d (port %d) exited; its log: %s" % (
-                        agent["number"], agent["port"], os.path.join(agent_dir(directory, agent["number"]),
+                    raise FleetError("agent %d (%s) exited; its log: %s" % (
+                        agent["number"], endpoint(agent), os.path.join(agent_dir(directory, agent["number"]),
                                                                      "snmpd.log")))
                 else:
                     still.append(agent)
             pending = still
             print("  %d/%d answering after %.1f s" % (answered, len(agents), time.monotonic() - begun), flush=True)
     if pending:
-        raise FleetError("%d agents did not answer within %d s (first: agent %d, port %d)" % (
-            len(pending), args.timeout, pending[0]["number"], pending[0]["port"]))
-    print("fleet of %d agents on 127.0.0.1:%d-%d answering after %.1f s (seed %d, %s)" % (
-        len(agents), ports[0], ports[-1], time.monotonic() - begun, args.seed, directory))
+        raise FleetError("%d agents did not answer within %d s (first: agent %d, %s)" % (
+            len(pending), args.timeout, pending[0]["number"], endpoint(pending[0])))
+    print("fleet of %d agents on %s to %s answering after %.1f s (seed %d, %s)" % (
+        len(agents), endpoint(agents[0]), endpoint(agents[-1]), time.monotonic() - begun, args.seed, directory))
     if steps:
         with open(os.path.join(directory, "scenario.out"), "w") as out:
             runner = subprocess.Popen([sys.executable, os.path.abspath(__file__), "--dir", directory, "run-scenario",
@@ -227,16 +250,16 @@ def status(args):
         raise FleetError("no fleet in %s" % args.dir)
     up = 0
     for agent in fleet["agents"]:
-        state = "answering" if answers(agent["port"], 0.5) else ("running" if alive(agent["pid"]) else "gone")
+        state = "answering" if answers(agent, 0.5) else ("running" if alive(agent["pid"]) else "gone")
         up += state == "answering"
-        print("%-10s 127.0.0.1:%-5d %-10s %-10s %-18s %s" % (agent["name"], agent["port"], agent["serial"], state,
-                                                           agent["condition"], agent["variant"]))
+        print("%-10s %-21s %-10s %-10s %-18s %s" % (agent["name"], endpoint(agent), agent["serial"], state,
+                                                  agent["condition"], agent["variant"]))
     # For monitoring systems: Prometheus file_sd targets, and plain address:port lines.
-    targets = [{"targets": ["127.0.0.1:%d" % a["port"]], "labels": {"serial": a["serial"], "name": a["name"]}}
+    targets = [{"targets": [endpoint(a)], "labels": {"serial": a["serial"], "name": a["name"]}}
                for a in fleet["agents"]]
     write_atomically(os.path.join(args.dir, "file_sd.json"), json.dumps(targets, indent=1))
     write_atomically(os.path.join(args.dir, "targets.txt"),
-                     "".join("127.0.0.1:%d\n" % a["port"] for a in fleet["agents"]))
+                     "".join(endpoint(a) + "\n" for a in fleet["agents"]))
     print("%d of %d agents answering; targets in %s and %s" % (
         up, len(fleet["agents"]), os.path.join(args.dir, "file_sd.json"), os.path.join(args.dir, "targets.txt")))
 
@@ -257,8 +280,54 @@ def stop(args):
     for pid in pids:
         if alive(pid):
             os.kill(pid, signal.SIGKILL)
+    # Agents run with the sanitizers write their reports as they exit; what
+    # they found in the module or the simulator outlives the fleet's
+    # directory on standard error.
+    findings = 0
+    for report in sorted(glob.glob(os.path.join(args.dir, "agents", "*", "asan.*")) +
+                         glob.glob(os.path.join(args.dir, "agents", "*", "ubsan.*"))):
+        with open(report, errors="replace") as f:
+            own = sanitizer_findings(f.read())
+        findings += len(own)
+        for finding in own:
+            print("==== %s\n%s" % (os.path.relpath(report, args.dir), finding), file=sys.stderr)
     subprocess.run(["rm", "-rf", args.dir], check=True)
     print("stopped %d agents and removed %s" % (len(pids), args.dir))
+    if findings:
+        raise FleetError("the sanitizers found %d errors in the agents (above)" % findings)
+
+
+# A leak is ours when a frame of its stack is in the module or the simulator
+# ("<unknown module>": snmpd unloads the module before it reports leaks).
+# snmpd's own libraries leak a few allocations at exit that are not.
+_OWN_CODE = ("liborv3_", "<unknown module>", ROOT + "/")
+
+
+def sanitizer_findings(report):
+    """The findings of a sanitizer report that count: every address or
+    undefined-behaviour error, and the leaks of our own code."""
+    findings, current, kind = [], [], None
+
+    def flush():
+        text = "\n".join(current)
+        if kind == "error" or (kind == "leak" and any(m in text for m in _OWN_CODE)):
+            findings.append(text)
+        current.clear()
+
+    for line in report.splitlines():
+        if "runtime error:" in line or "ERROR: AddressSanitizer" in line:
+            flush()
+            kind = "error"
+        elif "Direct leak of" in line or "Indirect leak of" in line:
+            flush()
+            kind = "leak"
+        elif "ERROR: LeakSanitizer" in line or line.startswith("SUMMARY:"):
+            flush()
+            kind = None
+        if kind:
+            current.append(line)
+    flush()
+    return findings
 
 
 def machine_path(directory, number):
@@ -376,6 +445,8 @@ def main():
     begin.add_argument("--count", type=int, required=True)
     begin.add_argument("--seed", type=int, default=1)
     begin.add_argument("--base-port", type=int, default=20000)
+    begin.add_argument("--address-per-agent", action="store_true",
+                       help="agent n on 127.1.0.(n+1) and so on, every agent on --base-port")
     begin.add_argument("--machine", default=os.path.join(ROOT, "machines", "sample.json"))
     begin.add_argument("--timeout", type=int, default=120)
     begin.add_argument("--scenario")
