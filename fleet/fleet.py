@@ -2,7 +2,7 @@
 snmpd with the unchanged module and the simulator, serving its own machine
 description on its own loopback port, with its own net-snmp state.
 
-    fleet.py start --count N [--seed S] [--base-port P] [--address-per-agent]
+    fleet.py start --count N [--seed S] [--first-agent K] [--base-port P] [--address-per-agent]
                    [--machine FILE] [--scenario FILE]
     fleet.py status
     fleet.py edit AGENT CHANGE...
@@ -31,7 +31,7 @@ import sys
 import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from identities import personalize  # noqa: E402
+from identities import Identities, personalize  # noqa: E402
 from states import agent_machine  # noqa: E402
 import changes  # noqa: E402
 
@@ -157,6 +157,62 @@ def start_agent(args, number, machine, address, port, platform):
     return process.pid
 
 
+def agent_numbers(fleet):
+    """The numbers of a fleet's agents: from its first, one a port."""
+    return range(fleet["firstAgent"], fleet["firstAgent"] + len(fleet["agents"]))
+
+
+def describe_numbers(numbers):
+    return "agents %d to %d" % (numbers[0], numbers[-1])
+
+
+# Each agent's simulator watches its machine file with an inotify instance.
+# The kernel allows a user 128 by default: a large fleet would take them
+# all, and then the user's other programs could not watch files (Prometheus'
+# file_sd fails with "too many open files"). An agent without an instance
+# still serves its edits: it looks at the file's time instead.
+INOTIFY_LIMIT = "/proc/sys/fs/inotify/max_user_instances"
+INOTIFY_RESERVE = 32  # instances left to other programs before the limit is raised
+INOTIFY_HEADROOM = 128  # and after
+
+
+def inotify_instances_in_use():
+    """The inotify instances this user's processes hold."""
+    uid, held = os.getuid(), 0
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            if os.stat("/proc/" + pid).st_uid != uid:
+                continue
+            for fd in os.listdir("/proc/%s/fd" % pid):
+                held += os.readlink("/proc/%s/fd/%s" % (pid, fd)) == "anon_inode:inotify"
+        except OSError:
+            continue
+    return held
+
+
+def make_room_for_watches(count):
+    """Raises the user's inotify instance limit when `count` more would leave
+    other programs too few; says what it did, or what to do."""
+    try:
+        with open(INOTIFY_LIMIT) as f:
+            limit = int(f.read())
+    except (OSError, ValueError):
+        return
+    in_use = inotify_instances_in_use()
+    if in_use + count + INOTIFY_RESERVE <= limit:
+        return
+    wanted = in_use + count + INOTIFY_HEADROOM
+    try:
+        with open(INOTIFY_LIMIT, "w") as f:
+            f.write("%d\n" % wanted)
+        print("raised fs.inotify.max_user_instances from %d to %d: each agent watches its machine file with one, "
+              "and %d are in use" % (limit, wanted, in_use))
+    except OSError:
+        print("warning: fs.inotify.max_user_instances is %d and %d are in use: the agents beyond it watch their "
+              "machine files by looking at their times, and other programs of this user may fail to watch files; "
+              "as root: sysctl -w fs.inotify.max_user_instances=%d" % (limit, in_use, wanted), file=sys.stderr)
+
+
 def read_fleet(directory):
     try:
         with open(fleet_file(directory)) as f:
@@ -173,6 +229,10 @@ def start(args):
                          % (len(running["agents"]), directory))
     if args.count < 1:
         raise FleetError("--count must be at least 1")
+    numbers = range(args.first_agent, args.first_agent + args.count)
+    if args.first_agent < 0 or numbers[-1] >= Identities.MAX_AGENTS:
+        raise FleetError("agent numbers run from 0 to %d; --first-agent %d --count %d goes beyond"
+                         % (Identities.MAX_AGENTS - 1, args.first_agent, args.count))
     endpoints = agent_endpoints(args)
     if endpoints[-1][1] > 65535:
         raise FleetError("ports %d to %d: the last is beyond 65535" % (endpoints[0][1], endpoints[-1][1]))
@@ -185,26 +245,28 @@ def start(args):
             raise FleetError("%s is not built (scripts/fleet builds it)" % path)
     with open(args.machine) as f:
         base = json.load(f)
-    steps = load_scenario(args.scenario, args.count) if args.scenario else None
+    steps = load_scenario(args.scenario, numbers) if args.scenario else None
 
     begun = time.monotonic()
     planned = []
-    for number in range(args.count):
+    for number in numbers:
         machine, condition, variant, platform = agent_machine(base, args.seed, number)
         planned.append((personalize(machine, args.seed, number), condition, variant, platform))
     if steps:
-        check_scenario_changes(args.scenario, steps, [p[0] for p in planned])
+        check_scenario_changes(args.scenario, steps, dict(zip(numbers, (p[0] for p in planned))))
 
+    make_room_for_watches(args.count)
     os.makedirs(os.path.join(directory, "agents"), exist_ok=True)
     agents = []
-    for (number, (address, port)), (machine, condition, variant, platform) in zip(enumerate(endpoints), planned):
+    for number, (address, port), (machine, condition, variant, platform) in zip(numbers, endpoints, planned):
         pid = start_agent(args, number, machine, address, port, platform)
         agents.append({"number": number, "address": address, "port": port, "pid": pid,
                        "serial": machine["store"]["s/vpd/machine/serialNo"],
                        "name": "agent-%04d" % number, "condition": condition, "variant": variant,
                        "environment": platform})
     write_atomically(fleet_file(directory), json.dumps(
-        {"seed": args.seed, "machine": os.path.abspath(args.machine), "basePort": args.base_port,
+        {"seed": args.seed, "firstAgent": args.first_agent, "machine": os.path.abspath(args.machine),
+         "basePort": args.base_port,
          "agents": agents}, indent=1))
     print("started %d snmpd processes in %.1f s; waiting for each to answer" % (len(agents), time.monotonic() - begun))
 
@@ -270,6 +332,7 @@ def stop(args):
         print("no fleet in %s" % args.dir)
         return
     pids = [a["pid"] for a in fleet["agents"] if alive(a["pid"])]
+    agents = len(pids)
     if fleet.get("scenarioPid") and alive(fleet["scenarioPid"]):
         pids.append(fleet["scenarioPid"])
     for pid in pids:
@@ -292,7 +355,7 @@ def stop(args):
         for finding in own:
             print("==== %s\n%s" % (os.path.relpath(report, args.dir), finding), file=sys.stderr)
     subprocess.run(["rm", "-rf", args.dir], check=True)
-    print("stopped %d agents and removed %s" % (len(pids), args.dir))
+    print("stopped %d agents and removed %s" % (agents, args.dir))
     if findings:
         raise FleetError("the sanitizers found %d errors in the agents (above)" % findings)
 
@@ -348,8 +411,8 @@ def edit(args):
     fleet = read_fleet(args.dir)
     if not fleet:
         raise FleetError("no fleet in %s" % args.dir)
-    if not 0 <= args.agent < len(fleet["agents"]):
-        raise FleetError("no agent %d: the fleet has agents 0 to %d" % (args.agent, len(fleet["agents"]) - 1))
+    if args.agent not in agent_numbers(fleet):
+        raise FleetError("no agent %d: the fleet has %s" % (args.agent, describe_numbers(agent_numbers(fleet))))
     try:
         change_list = [json.loads(text) for text in args.changes]
         edit_agent(args.dir, args.agent, change_list)
@@ -360,8 +423,8 @@ def edit(args):
     print("agent %d: %s" % (args.agent, "; ".join(changes.describe(c) for c in change_list)))
 
 
-def load_scenario(path, count):
-    """The scenario's steps, checked against a fleet of `count` agents;
+def load_scenario(path, numbers):
+    """The scenario's steps, checked against a fleet of the agents `numbers`;
     FleetError names the first thing wrong, with its step."""
     try:
         with open(path) as f:
@@ -382,9 +445,9 @@ def load_scenario(path, count):
                 (timing[0] == "every" and step["every"] <= 0):
             raise FleetError("%s: needs \"at\" (seconds from the start) or \"every\" (seconds, above 0)" % where)
         agent = step.get("agent")
-        if agent != "random" and (not isinstance(agent, int) or isinstance(agent, bool) or not 0 <= agent < count):
-            raise FleetError("%s: agent %r does not exist (the fleet has agents 0 to %d, or \"random\")"
-                             % (where, agent, count - 1))
+        if agent != "random" and (not isinstance(agent, int) or isinstance(agent, bool) or agent not in numbers):
+            raise FleetError("%s: agent %r does not exist (the fleet has %s, or \"random\")"
+                             % (where, agent, describe_numbers(numbers)))
         if "change" not in step:
             raise FleetError("%s: needs a \"change\"" % where)
     return steps
@@ -393,9 +456,9 @@ def load_scenario(path, count):
 def check_scenario_changes(path, steps, machines):
     """Tries every step's change on a copy of its agent's machine (every
     agent's for a random one), so that a change that cannot apply is found
-    before the fleet starts."""
+    before the fleet starts. `machines` holds each agent's by number."""
     for n, step in enumerate(steps, 1):
-        numbers = [step["agent"]] if step["agent"] != "random" else range(len(machines))
+        numbers = [step["agent"]] if step["agent"] != "random" else machines.keys()
         for number in numbers:
             try:
                 changes.apply(json.loads(json.dumps(machines[number])), step["change"])
@@ -407,7 +470,8 @@ def run_scenario(args):
     """Applies the scenario's steps on time, logging each with the time it
     was made (scenario.log); runs until the fleet is stopped."""
     fleet = read_fleet(args.dir)
-    steps = load_scenario(args.scenario, len(fleet["agents"]))
+    numbers = agent_numbers(fleet)
+    steps = load_scenario(args.scenario, numbers)
     rng = random.Random("%d/scenario" % fleet["seed"])
     begun = time.time()
     schedule = []
@@ -419,7 +483,7 @@ def run_scenario(args):
         due, n = schedule[0]
         time.sleep(max(0.0, begun + due - time.time()))
         step = steps[n]
-        agent = step["agent"] if step["agent"] != "random" else rng.randrange(len(fleet["agents"]))
+        agent = step["agent"] if step["agent"] != "random" else rng.choice(numbers)
         try:
             edit_agent(args.dir, agent, [step["change"]])
             outcome = changes.describe(step["change"])
@@ -444,6 +508,9 @@ def main():
     begin = commands.add_parser("start")
     begin.add_argument("--count", type=int, required=True)
     begin.add_argument("--seed", type=int, default=1)
+    begin.add_argument("--first-agent", type=int, default=0,
+                       help="the number of the first agent: hosts that share a seed and run agents of distinct "
+                            "numbers serve distinct identities")
     begin.add_argument("--base-port", type=int, default=20000)
     begin.add_argument("--address-per-agent", action="store_true",
                        help="agent n on 127.1.0.(n+1) and so on, every agent on --base-port")

@@ -148,6 +148,26 @@ class Fleet(unittest.TestCase):
         self.assertEqual(out.returncode, 1)
         self.assertIn("a fleet of %d agents is already running in %s; stop it first" % (COUNT, self.dir), out.stderr)
 
+    def test_a_second_host_with_the_same_seed_and_later_agent_numbers_serves_other_identities(self):
+        other = os.path.join(self.scratch, "second-host")
+        base = free_port_range(2)
+        out = self.fleet("start", "--count", "2", "--seed", "9", "--first-agent", str(COUNT), "--base-port", str(base),
+                         directory=other)
+        try:
+            self.assertEqual(out.returncode, 0, out.stderr)
+            first_host = {tuple(self.get(n, SERIAL, UUID)) for n in range(COUNT)}
+            for port in (base, base + 1):
+                get = subprocess.run(["snmpget", "-v2c", "-c", "public", "-Oqv", "127.0.0.1:%d" % port, SERIAL, UUID],
+                                     capture_output=True, text=True, env=self.env, timeout=30)
+                serial, uuid = get.stdout.splitlines()
+                self.assertNotIn(serial, {s for s, _ in first_host})
+                self.assertNotIn(uuid, {u for _, u in first_host})
+            refused = self.fleet("edit", "0", '{"fan": 1, "status": "Critical"}', directory=other)
+            self.assertEqual(refused.returncode, 1)
+            self.assertIn("no agent 0: the fleet has agents %d to %d" % (COUNT, COUNT + 1), refused.stderr)
+        finally:
+            self.assertEqual(self.fleet("stop", directory=other).returncode, 0)
+
     def test_bad_input_gets_a_clear_error_and_starts_nothing(self):
         other = os.path.join(self.scratch, "other")
         bad = os.path.join(self.scratch, "bad.json")
