@@ -2,15 +2,20 @@
 // contrib/prometheus/generator.yml, scrapes the agent serving the sample
 // machine. Every row's samples carry the row's name, texts arrive as label
 // values (also those longer than a DisplayString) and readings as numbers.
-// The expected values are those of machines/sample.json.
+// The expected values are those of machines/sample.json. The second module,
+// orv3_monitors_health, serves what the alert rules read as the first does.
 #include "harness/agent.h"
 #include "harness/prometheus_text.h"
 #include "harness/snmp_exporter.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <regex>
+#include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -24,14 +29,24 @@ protected:
     // One scrape of the orv3_monitors exporter module, as Prometheus makes it.
     std::vector<Sample> scrapeSampleMachine()
     {
+        Agent agent(sampleMachine());
+        SnmpExporter exporter;
+        return scrape(exporter, agent, "orv3_monitors");
+    }
+
+    static AgentOptions sampleMachine()
+    {
         AgentOptions options;
         options.machinePath = "sample.json";
         // Times are formatted in UTC and the C locale, so that their texts are known.
         options.env = {{"TZ", "UTC"}, {"LC_ALL", "C"}};
-        Agent agent(options);
-        SnmpExporter exporter;
-        HttpResponse response = exporter.scrape(agent.port(), "orv3_monitors");
-        EXPECT_TRUE(response.ok()) << "HTTP " << response.status << " " << response.error << "\n"
+        return options;
+    }
+
+    static std::vector<Sample> scrape(const SnmpExporter &exporter, const Agent &agent, const std::string &module)
+    {
+        HttpResponse response = exporter.scrape(agent.port(), module);
+        EXPECT_TRUE(response.ok()) << module << ": HTTP " << response.status << " " << response.error << "\n"
                                    << response.body << "\n--- exporter.log ---\n"
                                    << exporter.logText();
         return parseExposition(response.body);
@@ -139,6 +154,55 @@ TEST_F(PrometheusExporter, ShowsTextsBeyondDisplayStringAsTextNotAsBytes)
     EXPECT_TRUE(hasSample(samples, "powerTrendingSampleTimeStamp",
                           {{"powerTrendingSampleIndex", "1"}, {"powerTrendingSampleTimeStamp", "Sun 06:40:00"}}, 1));
     EXPECT_TRUE(hasSample(samples, "powerTrendingSampleReadingA", {{"powerTrendingSampleIndex", "1"}}, 426));
+}
+
+// The metric names contrib/prometheus/alerts.yml reads: every name followed
+// by a selector on the job ("fanHealthStatus{job=...").
+std::set<std::string> metricsTheAlertRulesRead()
+{
+    const std::string rules = readFileText(ORV3_SOURCE_DIR "/contrib/prometheus/alerts.yml");
+    static const std::regex selector(R"(([A-Za-z_][A-Za-z0-9_]*)\{job=)");
+    std::set<std::string> names;
+    for (auto it = std::sregex_iterator(rules.begin(), rules.end(), selector); it != std::sregex_iterator(); ++it)
+        names.insert((*it)[1]);
+    return names;
+}
+
+std::vector<std::tuple<std::string, Labels, double>> samplesCalled(const std::vector<Sample> &samples,
+                                                                   const std::string &name)
+{
+    std::vector<std::tuple<std::string, Labels, double>> found;
+    for (const Sample &s : samples) {
+        if (s.name == name)
+            found.emplace_back(s.name, s.labels, s.value);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+TEST_F(PrometheusExporter, TheHealthModuleServesWhatTheAlertRulesReadAsTheWholeModuleDoes)
+{
+    Agent agent(sampleMachine());
+    SnmpExporter exporter;
+    std::vector<Sample> whole = scrape(exporter, agent, "orv3_monitors");
+    std::vector<Sample> health = scrape(exporter, agent, "orv3_monitors_health");
+
+    const std::set<std::string> read = metricsTheAlertRulesRead();
+    ASSERT_TRUE(read.count("fanHealthStatus") && read.count("raidVolumeState") && read.count("tempReadingCelsius"));
+    for (const std::string &name : read) {
+        // up is Prometheus' own; the exporter's snmp_* samples time each scrape.
+        if (name == "up" || name.rfind("snmp_", 0) == 0) {
+            EXPECT_EQ(name == "up", samplesCalled(health, name).empty()) << name;
+            continue;
+        }
+        EXPECT_FALSE(samplesCalled(whole, name).empty()) << name;
+        EXPECT_EQ(samplesCalled(health, name), samplesCalled(whole, name)) << name;
+    }
+    // And nothing else but the health summary's index beside its texts.
+    for (const Sample &s : health) {
+        EXPECT_TRUE(read.count(s.name) || s.name == "systemHealthSummaryIndex") << formatSample(s);
+    }
+    EXPECT_LT(health.size() * 10, whole.size());
 }
 
 } // namespace
