@@ -313,8 +313,9 @@ def bench(args):
               "%.2f GiB after %g min of scrapes" % (
                   pss_started / mib / mib, pss_started / mib / args.count, PSS_TARGET_GIB,
                   verdict(pss_started / mib / mib <= PSS_TARGET_GIB), pss_scraped / mib / mib, args.minutes))
-        print("idle: %.3f %% of one core for the whole fleet over %d s, %d s after start (target <= %d %%: %s)" % (
-            idle_pct, args.idle, args.settle, IDLE_CPU_TARGET_PCT, verdict(idle_pct <= IDLE_CPU_TARGET_PCT)))
+        print("idle: %.3f %% of one core for the whole fleet (%.1f ms of CPU in %d s, %d s after start; "
+              "target <= %d %%: %s)" % (idle_pct, idle_pct * args.idle * 10, args.idle, args.settle,
+                                        IDLE_CPU_TARGET_PCT, verdict(idle_pct <= IDLE_CPU_TARGET_PCT)))
         print("scrapes: %d targets, %d scrapes in %g min, %d failed (target: none fails: %s)" % (
             len(up), len(scrapes), args.minutes, failed, verdict(failed == 0 and len(up) == args.count)))
         print("  scrape_duration_seconds: median %.3f s, p99 %.3f s, max %.3f s" % (

@@ -505,6 +505,8 @@ def run_scenario(args):
 
 
 def main():
+    # Piped into head, the listing ends quietly.
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)
     parser = argparse.ArgumentParser(prog="scripts/fleet", description=__doc__.split("\n\n")[0])
     parser.add_argument("--dir", default=os.path.join(os.environ.get("TMPDIR", "/tmp"), "orv3-fleet"))
     parser.add_argument("--build", default=os.path.join(ROOT, "build"),
