@@ -348,6 +348,11 @@ def stop(args):
     for pid in pids:
         if alive(pid):
             os.kill(pid, signal.SIGKILL)
+    # An agent that has exited stays a zombie until init reaps it, which
+    # takes a moment: wait for that, so that nothing is listed after stop.
+    deadline = time.monotonic() + 2
+    while time.monotonic() < deadline and any(os.path.exists("/proc/%d" % p) for p in pids):
+        time.sleep(0.02)
     # Agents run with the sanitizers write their reports as they exit; what
     # they found in the module or the simulator outlives the fleet's
     # directory on standard error.
