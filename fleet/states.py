@@ -73,21 +73,27 @@ def _with_event(m, severity, message):
     m.setdefault("events", []).append({"severity": severity, "message": message})
 
 
+def _fail_one(m, rows, rng, status, severity, message):
+    """Gives one of `rows`, drawn from `rng`, the status `status` and an
+    active event whose message is `message` formatted with the row; returns
+    the row, or None when there are no rows."""
+    if not rows:
+        return None
+    row = rng.choice(rows)
+    row["status"] = status
+    _with_event(m, severity, message % row)
+    return row
+
+
 def apply_condition(m, condition, rng):
     store = m.get("store", {})
     if condition == "warning":
-        sensors = store.get("s/temperatures/status/temperaturetbl", [])
-        if sensors:
-            sensor = rng.choice(sensors)
-            sensor["status"] = "Warning"
-            _with_event(m, _WARNING, "Sensor %s has transitioned to non-critical from normal." % sensor["descr"])
+        _fail_one(m, store.get("s/temperatures/status/temperaturetbl", []), rng, "Warning", _WARNING,
+                  "Sensor %(descr)s has transitioned to non-critical from normal.")
     elif condition == "failed fan":
-        fans = store.get("s/fans/status/fantbl", [])
-        if fans:
-            fan = rng.choice(fans)
-            fan["status"] = "Critical"
+        fan = _fail_one(m, store.get("s/fans/status/fantbl", []), rng, "Critical", _ERROR, "%(descr)s has failed.")
+        if fan:
             fan["speedPct"] = 0
-            _with_event(m, _ERROR, "%s has failed." % fan["descr"])
     elif condition == "degraded volume":
         raid = m.get("raid", {})
         volumes, drives = raid.get("volumes", []), raid.get("drives", [])
@@ -96,11 +102,8 @@ def apply_condition(m, condition, rng):
             rng.choice(drives)["state"] = _REBUILDING
             _with_event(m, _WARNING, "A RAID volume is degraded; a drive is rebuilding.")
     elif condition == "power supply lost":
-        supplies = store.get("s/hw_health/power_modules", [])
-        if supplies:
-            supply = rng.choice(supplies)
-            supply["status"] = "Critical"
-            _with_event(m, _ERROR, "%s has lost its input." % supply["name"])
+        _fail_one(m, store.get("s/hw_health/power_modules", []), rng, "Critical", _ERROR,
+                  "%(name)s has lost its input.")
     return m
 
 
